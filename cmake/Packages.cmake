@@ -1,0 +1,9 @@
+# Everything comes from Debian 12 packages; scripts/setup installs them.
+
+find_package( Protobuf REQUIRED )
+find_package( fmt REQUIRED )
+find_package( CLI11 REQUIRED )
+find_package( RapidJSON REQUIRED )
+
+add_library( rapidjson INTERFACE )
+target_include_directories( rapidjson SYSTEM INTERFACE ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} )
