@@ -1,0 +1,234 @@
+#include "QLSocket.h"
+
+#include "smbus.pb.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace QuillonLibrary {
+
+using Clock = std::chrono::steady_clock;
+
+// The functions below return 0 or an error number.
+namespace {
+
+constexpr size_t maxPayload = 1U << 20;
+
+std::string serverPath() {
+   auto path = getenv( "QUILLON_SMBUS_SOCKET" );
+   return path && *path ? path : "/run/quillon/smbus.sock";
+}
+
+std::chrono::milliseconds timeLimit() {
+   constexpr std::chrono::milliseconds byDefault( 10000 );
+   auto text = getenv( "QUILLON_SMBUS_TIMEOUT_MS" );
+   if ( !text ) {
+      return byDefault;
+   }
+   int limit = 0;
+   auto end = text + strlen( text );
+   auto [stop, error] = std::from_chars( text, end, limit );
+   auto valid = error == std::errc() && stop == end && limit > 0;
+   return valid ? std::chrono::milliseconds( limit ) : byDefault;
+}
+
+bool inSimulation() { return getenv( "SIMULATION_VMID" ); }
+
+/** Whether a connection can carry a request: still there, and without bytes that nobody asked for. */
+bool isIdle( int fd ) {
+   char byte;
+   return recv( fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT ) < 0 && errno == EAGAIN;
+}
+
+int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
+   using std::chrono::milliseconds;
+   for ( ;; ) {
+      auto left = std::max( std::chrono::ceil<milliseconds>( deadline - Clock::now() ), milliseconds( 0 ) );
+      pollfd entry { fd, events, 0 };
+      auto ready = poll( &entry, 1, static_cast<int>( left.count() ) );
+      if ( ready > 0 ) {
+         return 0;
+      }
+      if ( ready == 0 ) {
+         return ETIMEDOUT;
+      }
+      if ( errno != EINTR ) {
+         return errno;
+      }
+   }
+}
+
+/** What to do about a send or recv that moved nothing: 0 to try again. */
+int afterFailure( int error, int fd, short events, Clock::time_point deadline ) {
+   switch ( error ) {
+   case EINTR:
+      return 0;
+   case EAGAIN:
+      return waitUntilReady( fd, events, deadline );
+   case EPIPE:
+      return ECONNRESET;
+   default:
+      return error;
+   }
+}
+
+int sendAll( int fd, std::string_view bytes, Clock::time_point deadline ) {
+   while ( !bytes.empty() ) {
+      auto sent = send( fd, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL );
+      if ( sent > 0 ) {
+         bytes.remove_prefix( static_cast<size_t>( sent ) );
+      } else if ( auto error = afterFailure( errno, fd, POLLOUT, deadline ) ) {
+         return error;
+      }
+   }
+   return 0;
+}
+
+int receiveAll( int fd, char* bytes, size_t count, Clock::time_point deadline ) {
+   while ( count > 0 ) {
+      auto received = recv( fd, bytes, count, MSG_DONTWAIT );
+      if ( received == 0 ) {
+         return ECONNRESET;
+      }
+      if ( received > 0 ) {
+         bytes += received;
+         count -= static_cast<size_t>( received );
+      } else if ( auto error = afterFailure( errno, fd, POLLIN, deadline ) ) {
+         return error;
+      }
+   }
+   return 0;
+}
+
+int sendFrame( int fd, const Smbus::TransactionRequest& message, Clock::time_point deadline ) {
+   auto length = htonl( static_cast<uint32_t>( message.ByteSizeLong() ) );
+   std::string frame( reinterpret_cast<const char*>( &length ), sizeof( length ) );
+   message.AppendToString( &frame );
+   return sendAll( fd, frame, deadline );
+}
+
+int receiveFrame( int fd, std::string& payload, Clock::time_point deadline ) {
+   uint32_t length;
+   if ( auto error = receiveAll( fd, reinterpret_cast<char*>( &length ), sizeof( length ), deadline ) ) {
+      return error;
+   }
+   length = ntohl( length );
+   if ( length > maxPayload ) {
+      return EMSGSIZE;
+   }
+   payload.resize( length );
+   return receiveAll( fd, payload.data(), length, deadline );
+}
+
+/** Bounds a blocking connect: 0, or ETIMEDOUT when no time is left. */
+int setConnectLimit( int fd, Clock::duration left ) {
+   using std::chrono::microseconds;
+   auto count = std::chrono::ceil<microseconds>( left ).count();
+   if ( count <= 0 ) {
+      return ETIMEDOUT;
+   }
+   timeval limit { count / std::micro::den, count % std::micro::den };
+   return setsockopt( fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof( limit ) ) == 0 ? 0 : errno;
+}
+
+} // namespace
+
+QLSocket::QLSocket() = default;
+
+QLSocket::~QLSocket() { cleanup(); }
+
+int QLSocket::setup() {
+   cleanup();
+   if ( inSimulation() ) {
+      return 0;
+   }
+   auto error = connect( Clock::now() + timeLimit() );
+   return error ? fail( error ) : 0;
+}
+
+void QLSocket::cleanup() {
+   if ( fd_ >= 0 ) {
+      close( fd_ );
+      fd_ = -1;
+   }
+}
+
+int QLSocket::sendRequestWait( Smbus::TransactionRequest* request, Smbus::TransactionResponse** response ) {
+   std::string payload;
+   if ( auto error = exchange( *request, payload ) ) {
+      return fail( error );
+   }
+   auto reply = std::make_unique<Smbus::TransactionResponse>();
+   if ( !reply->ParseFromString( payload ) ) {
+      return fail( EBADMSG );
+   }
+   *response = reply.release();
+   return 0;
+}
+
+int QLSocket::connect( Deadline deadline ) {
+   cleanup();
+   auto path = serverPath();
+   sockaddr_un address {};
+   address.sun_family = AF_UNIX;
+   if ( path.size() >= sizeof( address.sun_path ) ) {
+      return ENAMETOOLONG;
+   }
+   path.copy( address.sun_path, path.size() );
+
+   fd_ = socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 );
+   if ( fd_ < 0 ) {
+      return errno;
+   }
+   // A non-blocking connect has nothing to poll for while the server's queue of clients is full; a blocking
+   // one with a send timeout is woken as soon as there is room, and tells EAGAIN when the time is over.
+   do {
+      if ( auto error = setConnectLimit( fd_, deadline - Clock::now() ) ) {
+         return error;
+      }
+      if ( ::connect( fd_, reinterpret_cast<sockaddr*>( &address ), sizeof( address ) ) == 0 ) {
+         return 0;
+      }
+   } while ( errno == EINTR );
+   return errno == EAGAIN ? ETIMEDOUT : errno;
+}
+
+int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string& reply ) {
+   if ( inSimulation() ) {
+      return ENOTCONN;
+   }
+   if ( request.ByteSizeLong() > maxPayload ) {
+      return EMSGSIZE;
+   }
+   auto deadline = Clock::now() + timeLimit();
+   if ( fd_ < 0 || !isIdle( fd_ ) ) {
+      if ( auto error = connect( deadline ) ) {
+         return error;
+      }
+   }
+   if ( auto error = sendFrame( fd_, request, deadline ) ) {
+      return error;
+   }
+   return receiveFrame( fd_, reply, deadline );
+}
+
+int QLSocket::fail( int error ) {
+   cleanup();
+   errno = error;
+   return -1;
+}
+
+} // namespace QuillonLibrary
