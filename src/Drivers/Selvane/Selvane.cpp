@@ -1,0 +1,27 @@
+// What this library can drive: its drivers, and its ways to registers.
+
+#include "Drivers/Drivers.h"
+#include "Drivers/Dummy.h"
+#include "Drivers/PCT2075.h"
+#include "Ham/Ham.h"
+#include "Ham/SimHam.h"
+
+namespace Drivers {
+
+std::map<std::string, DriverFactory> drivers = {
+   { "Dummy", Dummy::create },
+   { "GpioDriver", Dummy::create },
+   { "PCT2075", PCT2075::create },
+};
+
+} // namespace Drivers
+
+namespace Ham {
+
+std::map<std::string, HamFactory> hams = {
+   { "SimHam", SimHam::create },
+};
+
+std::map<std::string, std::shared_ptr<IpmiHam> ( * )()> ipmiHams;
+
+} // namespace Ham
