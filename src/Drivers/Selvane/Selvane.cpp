@@ -4,6 +4,7 @@
 #include "Drivers/Dummy.h"
 #include "Drivers/PCT2075.h"
 #include "Ham/Ham.h"
+#include "Ham/QuillonSmbusHam.h"
 #include "Ham/SimHam.h"
 
 namespace Drivers {
@@ -19,6 +20,7 @@ std::map<std::string, DriverFactory> drivers = {
 namespace Ham {
 
 std::map<std::string, HamFactory> hams = {
+   { "QuillonSmbus", QuillonSmbusHam::create },
    { "SimHam", SimHam::create },
 };
 
