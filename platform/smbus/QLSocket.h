@@ -19,8 +19,8 @@ namespace QuillonLibrary {
  * The environment is read anew at each use, so a change takes effect with the next call:
  * - QUILLON_SMBUS_SOCKET: where to connect, /run/quillon/smbus.sock when unset or empty. A connection that
  *   stands stays where it is.
- * - QUILLON_SMBUS_TIMEOUT_MS: how long one call may take, in milliseconds from 1 to 2147483647; 10000 when
- * unset or anything else.
+ * - QUILLON_SMBUS_TIMEOUT_MS: how long one call may take, in milliseconds from 1 to 2147483647; 10000
+ *   when unset or anything else.
  * - SIMULATION_VMID: when set, there is no server: setup succeeds and requests fail with ENOTCONN.
  *
  * For one thread at a time. No call raises SIGPIPE, a signal that arrives during a call neither fails nor
@@ -37,8 +37,8 @@ public:
     * Connects, in place of the connection that there may be. Blocks only while the server has no room for
     * another client.
     *
-    * @return 0, or -1 with errno: ENAMETOOLONG for a path of more than 107 bytes; ETIMEDOUT; or the reason
-    * why the server can't be reached, such as ENOENT, ECONNREFUSED or EACCES
+    * @return 0, or -1 with errno: ENAMETOOLONG for a path of more than 107 bytes; ETIMEDOUT; or the
+    *         reason why the server can't be reached, such as ENOENT, ECONNREFUSED or EACCES
     */
    int setup();
 
@@ -52,9 +52,9 @@ public:
     * request; a request of which a part has gone out is never sent again.
     *
     * @param response on success a new object that the caller owns; left as it is otherwise
-    * @return 0, or -1 with errno: ETIMEDOUT; ECONNRESET when the server closes instead of answering; EMSGSIZE
-    * for a request (which is not sent then) or reply over 1 MiB; EBADMSG for a reply that is no message;
-    *         ENOTCONN in simulation; or what setup fails with
+    * @return 0, or -1 with errno: ETIMEDOUT; ECONNRESET when the server closes instead of answering;
+    *         EMSGSIZE for a request (which is not sent then) or reply over 1 MiB; EBADMSG for a reply that
+    *         is no message; ENOTCONN in simulation; or what setup fails with
     */
    int sendRequestWait( Smbus::TransactionRequest* request, Smbus::TransactionResponse** response );
 
@@ -64,6 +64,8 @@ private:
    // Both return 0 or an error number, and leave the connection to the caller when they fail.
    int connect( Deadline deadline );
    int exchange( const Smbus::TransactionRequest& request, std::string& reply );
+
+   // Drops the connection and sets errno. Returns -1.
    int fail( int error );
 
    int fd_ = -1;
