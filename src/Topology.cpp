@@ -8,8 +8,6 @@ std::string _topology_json;
 
 namespace {
 
-const Node* childOf( const std::shared_ptr<MediumNode>& medium ) { return medium.get(); }
-
 template <typename Child>
 const Node* childOf( const std::shared_ptr<Child>& child ) {
    return child.get();
