@@ -1,0 +1,152 @@
+#include "Board.h"
+
+#include "Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cassert>
+#include <stdexcept>
+
+namespace Emulator {
+
+void Board::add( Place place ) {
+   if ( find( place.name ) ) {
+      throw std::invalid_argument( fmt::format( "name {} is taken", printable( place.name ) ) );
+   }
+   if ( auto other = at( place.bus, place.address ) ) {
+      throw std::invalid_argument(
+         fmt::format( "{} is the place of {}", formatPlace( place.bus, place.address ), other->name ) );
+   }
+   places_.push_back( std::move( place ) );
+}
+
+Board::Place* Board::find( const std::string& name ) {
+   auto found = std::ranges::find( places_, name, &Place::name );
+   return found == places_.end() ? nullptr : &*found;
+}
+
+Board::Place* Board::at( uint32_t bus, uint8_t address ) {
+   auto found = std::ranges::find_if(
+      places_, [&]( auto& place ) { return place.bus == bus && place.address == address; } );
+   return found == places_.end() ? nullptr : &*found;
+}
+
+bool Board::hasBus( uint32_t bus ) const {
+   return std::ranges::find( places_, bus, &Place::bus ) != places_.end();
+}
+
+namespace {
+
+I2c::Result resultOf( Fault::Kind kind ) {
+   switch ( kind ) {
+   case Fault::Kind::Busy:
+      return I2c::Result::BusBusy;
+   case Fault::Kind::Arbitration:
+      return I2c::Result::ArbitrationLost;
+   case Fault::Kind::Hang:
+      return I2c::Result::TimedOut;
+   default:
+      return I2c::Result::NoAcknowledge;
+   }
+}
+
+// Two different bits, so that one wrong byte of both kinds is not right again.
+constexpr uint8_t corruptBit = 0x80;
+constexpr uint8_t checksumBit = 0x01;
+
+/** One transfer with a chip that is there, and the wrong bits on its way back. */
+class Exchange {
+public:
+   Exchange( Board::Place& place, Faults& faults )
+      : place_( place ), chip_( *place.chip ), faults_( faults ) {}
+
+   I2c::Result run( std::span<I2c::Message> messages ) {
+      auto result = I2c::Result::Ok;
+      for ( auto& message : messages ) {
+         result = exchange( message );
+         if ( result != I2c::Result::Ok ) {
+            break;
+         }
+      }
+      chip_.stop();
+      if ( result == I2c::Result::Ok ) {
+         spoilLast( messages );
+      }
+      return result;
+   }
+
+private:
+   I2c::Result exchange( I2c::Message& message ) {
+      chip_.start();
+      switch ( message.kind ) {
+      case I2c::Message::Kind::Write:
+         return chip_.write( message.bytes ) ? I2c::Result::Ok : I2c::Result::NoAcknowledge;
+      case I2c::Message::Kind::Read:
+         message.bytes = read( message.length );
+         return I2c::Result::Ok;
+      case I2c::Message::Kind::ReadBlock:
+         break;
+      }
+      size_t count = read( 1 )[0];
+      if ( count < 1 || count > I2c::maxBlock ) {
+         return I2c::Result::BadBlock;
+      }
+      message.bytes = read( count );
+      return I2c::Result::Ok;
+   }
+
+   std::vector<uint8_t> read( size_t count ) {
+      auto bytes = chip_.read( count );
+      assert( bytes.size() == count );
+      if ( !bytes.empty() && !hasRead_ ) {
+         hasRead_ = true;
+         if ( faults_.take( Fault::Kind::Corrupt, place_.bus, place_.address ) ) {
+            bytes.front() ^= corruptBit;
+         }
+      }
+      return bytes;
+   }
+
+   void spoilLast( std::span<I2c::Message> messages ) {
+      auto read = std::find_if( messages.rbegin(), messages.rend(), []( auto& message ) {
+         return message.kind != I2c::Message::Kind::Write && !message.bytes.empty();
+      } );
+      if ( read != messages.rend() && faults_.take( Fault::Kind::Checksum, place_.bus, place_.address ) ) {
+         read->bytes.back() ^= checksumBit;
+      }
+   }
+
+   Board::Place& place_;
+   Chip& chip_;
+   Faults& faults_;
+   bool hasRead_ = false;
+};
+
+} // namespace
+
+Transfer Board::transfer( uint32_t bus, uint8_t address, std::span<I2c::Message> messages ) {
+   for ( auto& message : messages ) {
+      if ( message.kind != I2c::Message::Kind::Write ) {
+         message.bytes.clear();
+      }
+   }
+   if ( !hasBus( bus ) ) {
+      return { I2c::Result::NoBus };
+   }
+   if ( auto fault = faults.takeFailure( bus, address ) ) {
+      return { resultOf( fault->kind ), fault->duration };
+   }
+   auto place = at( bus, address );
+   if ( !place ) {
+      return { I2c::Result::NoAcknowledge };
+   }
+   Transfer transfer { I2c::Result::Ok };
+   if ( auto slow = faults.take( Fault::Kind::Slow, bus, address ) ) {
+      transfer.duration = slow->duration;
+   }
+   transfer.result = Exchange( *place, faults ).run( messages );
+   return transfer;
+}
+
+} // namespace Emulator

@@ -1,0 +1,67 @@
+#ifndef EMULATOR_BOARD_H
+#define EMULATOR_BOARD_H
+
+#include "Chip.h"
+#include "Faults.h"
+#include "I2c.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Emulator {
+
+/**
+ * How a transfer ended, and how long it kept the bus: zero unless a fault held it. The board itself never
+ * waits; a caller that wants to be as late as the board waits that long before it uses the result.
+ */
+struct Transfer {
+   I2c::Result result;
+   std::chrono::nanoseconds duration {};
+};
+
+/**
+ * The chips of an emulated board on their busses, each with a name, and the faults put on them. Not locked:
+ * one thread at a time.
+ */
+class Board {
+public:
+   struct Place {
+      std::string name;
+      uint32_t bus;
+      /** 7-bit address. */
+      uint8_t address;
+      std::unique_ptr<Chip> chip;
+   };
+
+   /** Throws std::invalid_argument for a name or a place that is taken. */
+   void add( Place place );
+
+   const std::vector<Place>& places() const { return places_; }
+
+   /** The chip of a name, or null. */
+   Place* find( const std::string& name );
+   /** The chip at an address, or null. */
+   Place* at( uint32_t bus, uint8_t address );
+   /** A bus is there when a chip is on it. */
+   bool hasBus( uint32_t bus ) const;
+
+   /**
+    * One transfer: messages with repeated starts between them and a stop at the end. The answers of reads go
+    * into the messages. After a failure no message behind the failing one has reached the chip, and its
+    * answer is empty. A single write of no bytes asks only whether the address is acknowledged.
+    */
+   Transfer transfer( uint32_t bus, uint8_t address, std::span<I2c::Message> messages );
+
+   Faults faults;
+
+private:
+   std::vector<Place> places_;
+};
+
+} // namespace Emulator
+
+#endif

@@ -1,0 +1,99 @@
+#include "BoardFile.h"
+
+#include "BoardSchema.h"
+#include "ChipFactory.h"
+#include "Text.h"
+
+#include <fmt/format.h>
+#include <rapidjson/document.h>
+#include <rapidjson/error/en.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace Emulator {
+
+namespace {
+
+std::string readFile( const std::string& file ) {
+   std::string text;
+   std::unique_ptr<FILE, int ( * )( FILE* )> stream( fopen( file.c_str(), "rbe" ), fclose );
+   if ( stream ) {
+      std::array<char, 4096> part;
+      while ( auto count = fread( part.data(), 1, part.size(), stream.get() ) ) {
+         text.append( part.data(), count );
+      }
+   }
+   if ( !stream || ferror( stream.get() ) ) {
+      throw BoardFileError( fmt::format( "{}: cannot be read: {}", file, strerror( errno ) ) );
+   }
+   return text;
+}
+
+BoardFileError syntaxError(
+   const std::string& file, std::string_view text, const rapidjson::Document& document ) {
+   auto before = text.substr( 0, document.GetErrorOffset() );
+   auto line = 1 + std::ranges::count( before, '\n' );
+   // npos + 1 is 0: the first line starts there.
+   auto column = 1 + before.size() - ( before.rfind( '\n' ) + 1 );
+   return BoardFileError( fmt::format( "{}: line {}, column {}: {}", file, line, column,
+      rapidjson::GetParseError_En( document.GetParseError() ) ) );
+}
+
+std::string textOf( const rapidjson::Value& value ) {
+   if ( value.IsString() ) {
+      return { value.GetString(), value.GetStringLength() };
+   }
+   return format( value.GetDouble() );
+}
+
+Board::Place makePlace( const rapidjson::Value& json ) {
+   Options options;
+   if ( json.HasMember( "options" ) ) {
+      for ( auto& member : json["options"].GetObject() ) {
+         options[textOf( member.name )] = textOf( member.value );
+      }
+   }
+   auto chip = makeChip( textOf( json["part"] ), options );
+   if ( json.HasMember( "set" ) ) {
+      for ( auto& member : json["set"].GetObject() ) {
+         chip->set( textOf( member.name ), textOf( member.value ) );
+      }
+   }
+   return { textOf( json["name"] ), json["bus"].GetUint(), static_cast<uint8_t>( json["address"].GetUint() ),
+      std::move( chip ) };
+}
+
+} // namespace
+
+Board loadBoard( const std::string& file ) { return parseBoard( file, readFile( file ) ); }
+
+Board parseBoard( const std::string& file, std::string_view text ) {
+   // Iterative, so that deep nesting does not overflow the stack.
+   constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
+                              rapidjson::kParseFullPrecisionFlag;
+   rapidjson::Document document;
+   document.Parse<flags>( text.data(), text.size() );
+   if ( document.HasParseError() ) {
+      throw syntaxError( file, text, document );
+   }
+   if ( auto failure = checkBoardSchema( document ) ) {
+      throw BoardFileError( fmt::format( "{}: {}: {}", file, failure->place, failure->reason ) );
+   }
+   Board board;
+   auto chips = document["chips"].GetArray();
+   for ( rapidjson::SizeType i = 0; i < chips.Size(); ++i ) {
+      try {
+         board.add( makePlace( chips[i] ) );
+      } catch ( const std::invalid_argument& error ) {
+         throw BoardFileError( fmt::format( "{}: /chips/{}: {}", file, i, error.what() ) );
+      }
+   }
+   return board;
+}
+
+} // namespace Emulator

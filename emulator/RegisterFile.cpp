@@ -1,0 +1,80 @@
+#include "RegisterFile.h"
+
+#include <algorithm>
+
+namespace Emulator {
+
+RegisterFile::RegisterFile( Pointer pointer, const std::vector<Register>& registers ) : mode_( pointer ) {
+   for ( auto& definition : registers ) {
+      cells_[definition.number] = { definition, definition.reset };
+   }
+}
+
+bool RegisterFile::write( std::span<const uint8_t> bytes ) {
+   if ( bytes.empty() ) {
+      return true;
+   }
+   if ( !cells_.contains( bytes[0] ) ) {
+      return false;
+   }
+   pointer_ = bytes[0];
+   byte_ = 0;
+   return std::ranges::all_of( bytes.subspan( 1 ), [this]( uint8_t byte ) { return put( byte ); } );
+}
+
+std::vector<uint8_t> RegisterFile::read( size_t count ) {
+   std::vector<uint8_t> bytes( count );
+   std::ranges::generate( bytes, [this] { return next(); } );
+   return bytes;
+}
+
+void RegisterFile::reset() {
+   for ( auto& [number, cell] : cells_ ) {
+      cell.value = cell.definition.reset;
+   }
+   pointer_ = 0;
+   byte_ = 0;
+}
+
+RegisterFile::Cell* RegisterFile::current() {
+   auto found = cells_.find( pointer_ );
+   return found != cells_.end() && byte_ < found->second.definition.bytes ? &found->second : nullptr;
+}
+
+void RegisterFile::advance( const Cell& cell ) {
+   if ( ++byte_ == cell.definition.bytes && mode_ == Pointer::Increments ) {
+      ++pointer_;
+      byte_ = 0;
+   }
+}
+
+namespace {
+
+/** How far the byte at a position is from the low end of its register. */
+unsigned shiftOf( const Register& definition, unsigned byte ) { return 8 * ( definition.bytes - 1U - byte ); }
+
+} // namespace
+
+bool RegisterFile::put( uint8_t byte ) {
+   auto cell = current();
+   if ( !cell ) {
+      return mode_ == Pointer::Stays;
+   }
+   unsigned shift = shiftOf( cell->definition, byte_ );
+   unsigned mask = cell->definition.writable & 0xFFU << shift;
+   cell->value = static_cast<uint16_t>( ( cell->value & ~mask ) | ( unsigned { byte } << shift & mask ) );
+   advance( *cell );
+   return true;
+}
+
+uint8_t RegisterFile::next() {
+   auto cell = current();
+   if ( !cell ) {
+      return 0xFF;
+   }
+   auto byte = static_cast<uint8_t>( cell->value >> shiftOf( cell->definition, byte_ ) );
+   advance( *cell );
+   return byte;
+}
+
+} // namespace Emulator

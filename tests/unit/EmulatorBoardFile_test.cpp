@@ -1,0 +1,218 @@
+#include "EmulatorBus.h"
+#include "TemporaryDirectory.h"
+
+#include "emulator/BoardFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+using namespace Emulator;
+using namespace std::string_literals;
+
+namespace {
+
+/** A file of the build tree, next to the programs. */
+std::string shared( const std::string& file ) {
+   return std::filesystem::read_symlink( "/proc/self/exe" ).parent_path().parent_path() / "share/quillon" /
+          file;
+}
+
+std::string reasonOf( const std::string& text ) {
+   try {
+      parseBoard( "board.json", text );
+   } catch ( const BoardFileError& error ) {
+      return error.what();
+   }
+   return "no error";
+}
+
+std::string loadFailure( const std::string& file ) {
+   try {
+      loadBoard( file );
+   } catch ( const BoardFileError& error ) {
+      return error.what();
+   }
+   return "no error";
+}
+
+/** A document with one chip of these members. */
+std::string chipOf( const std::string& members ) { return "{ \"chips\": [ { " + members + " } ] }"; }
+
+/** The same with what every chip needs in front. */
+std::string sensorWith( const std::string& members ) {
+   return chipOf( R"("name": "inlet", "part": "pct2075", "bus": 3, "address": 72, )" + members );
+}
+
+std::string nested( size_t depth ) { return std::string( depth, '[' ) + std::string( depth, ']' ); }
+
+struct Row {
+   const char* name;
+   std::string text;
+   std::string error;
+};
+
+const Row rows[] = {
+   { "nothing", "", "board.json: line 1, column 1: The document is empty." },
+   { "no JSON", "chips", "board.json: line 1, column 1: Invalid value." },
+   { "a missing comma", "{\n   \"chips\": []\n   \"x\": 1\n}",
+      "board.json: line 3, column 4: Missing a comma or '}' after an object member." },
+   { "something behind the end", "{ \"chips\": [] } x",
+      "board.json: line 1, column 17: The document root must not be followed by other values." },
+   { "invalid UTF-8", "{ \"chips\": \"\xff\" }",
+      "board.json: line 1, column 13: Invalid encoding in string." },
+   { "a number too big", chipOf( R"("bus": 1e999)" ),
+      "board.json: line 1, column 23: Number too big to be stored in double." },
+   { "an array for the board", "[]", "board.json: /: must be an object with the chips of the board" },
+   { "no chips", "{}", "board.json: /: lacks chips" },
+   { "an unknown key", "{ \"chip\": [] }",
+      "board.json: /chip: no key chip is known here; did you mean chips?" },
+   { "an object for the chips", "{ \"chips\": {} }", "board.json: /chips: must be an array of chips" },
+   { "a number for a chip", "{ \"chips\": [ 5 ] }",
+      "board.json: /chips/0: must be an object that describes a chip" },
+   { "an empty chip", "{ \"chips\": [ {} ] }", "board.json: /chips/0: lacks name, part, bus, address" },
+   { "a chip without an address", chipOf( R"("name": "inlet", "part": "pct2075", "bus": 3)" ),
+      "board.json: /chips/0: lacks address" },
+   { "an unknown key of a chip", sensorWith( R"("adress": 72)" ),
+      "board.json: /chips/0/adress: no key adress is known here; did you mean address?" },
+   { "a key that is no text for a terminal", sensorWith( R"("\u001b[2J": 72)" ),
+      "board.json: /chips/0/\\x1b[2J: no key \\x1b[2J is known here" },
+   { "a name with a blank", chipOf( R"("name": "air inlet")" ),
+      "board.json: /chips/0/name: must be a name of letters, digits, - and _ that starts with a letter" },
+   { "a name like a bus", chipOf( R"("name": "3")" ),
+      "board.json: /chips/0/name: must be a name of letters, digits, - and _ that starts with a letter" },
+   { "an empty name", chipOf( R"("name": "")" ),
+      "board.json: /chips/0/name: must be a name of letters, digits, - and _ that starts with a letter" },
+   { "a number for a name", chipOf( R"("name": 5)" ),
+      "board.json: /chips/0/name: must be a name of letters, digits, - and _ that starts with a letter" },
+   { "a number for a part", chipOf( R"("part": 2075)" ),
+      "board.json: /chips/0/part: must be the name of a part, such as \"pct2075\"" },
+   { "a bus below 0", chipOf( R"("bus": -1)" ),
+      "board.json: /chips/0/bus: must be a bus number from 0 to 4294967295" },
+   { "a bus above 32 bits", chipOf( R"("bus": 4294967296)" ),
+      "board.json: /chips/0/bus: must be a bus number from 0 to 4294967295" },
+   { "a bus that is no whole number", chipOf( R"("bus": 3.5)" ),
+      "board.json: /chips/0/bus: must be a bus number from 0 to 4294967295" },
+   { "a reserved low address", chipOf( R"("address": 7)" ),
+      "board.json: /chips/0/address: must be a 7-bit address from 8 (0x08) to 119 (0x77)" },
+   { "a reserved high address", chipOf( R"("address": 120)" ),
+      "board.json: /chips/0/address: must be a 7-bit address from 8 (0x08) to 119 (0x77)" },
+   { "a text for an address", chipOf( R"("address": "0x48")" ),
+      "board.json: /chips/0/address: must be a 7-bit address from 8 (0x08) to 119 (0x77)" },
+   { "a number for what is set", sensorWith( R"("set": 24.5)" ),
+      "board.json: /chips/0/set: must be an object of properties with the values that they start with" },
+   { "an object for a property", sensorWith( R"("set": { "temperature": {} })" ),
+      "board.json: /chips/0/set/temperature: must be a number or a text" },
+   { "null for a property", sensorWith( R"("set": { "temperature": null })" ),
+      "board.json: /chips/0/set/temperature: must be a number or a text" },
+   { "an array for the options", sensorWith( R"("options": [])" ),
+      "board.json: /chips/0/options: must be an object of options, which are fixed when the board is built" },
+   { "true for an option", sensorWith( R"("options": { "size": true })" ),
+      "board.json: /chips/0/options/size: must be a number or a text" },
+   { "a part without a model", chipOf( R"("name": "inlet", "part": "pct2057", "bus": 3, "address": 72)" ),
+      "board.json: /chips/0: no part pct2057; did you mean pct2075?" },
+   { "a property that the part lacks", sensorWith( R"("set": { "temprature": 24.5 })" ),
+      "board.json: /chips/0: no property temprature; did you mean temperature?" },
+   { "a property that can't be set", sensorWith( R"("set": { "os": 1 })" ),
+      "board.json: /chips/0: property os can't be set" },
+   { "a value out of range", sensorWith( R"("set": { "temperature": 200 })" ),
+      "board.json: /chips/0: temperature must be a number from -55 to 125, not 200" },
+   { "an option that the part lacks", sensorWith( R"("options": { "size": 5 })" ),
+      "board.json: /chips/0: no option size" },
+   { "a name twice",
+      R"({ "chips": [ { "name": "inlet", "part": "pct2075", "bus": 3, "address": 72 },
+                      { "name": "inlet", "part": "pct2075", "bus": 3, "address": 73 } ] })",
+      "board.json: /chips/1: name inlet is taken" },
+   { "a place twice",
+      R"({ "chips": [ { "name": "inlet", "part": "pct2075", "bus": 3, "address": 72 },
+                      { "name": "outlet", "part": "pct2075", "bus": 3, "address": 72 } ] })",
+      "board.json: /chips/1: 3/0x48 is the place of inlet" },
+   { "deep nesting of the board", nested( 200000 ),
+      "board.json: /: must be an object with the chips of the board" },
+   { "deep nesting in a property", sensorWith( "\"set\": { \"temperature\": " + nested( 200000 ) + " }" ),
+      "board.json: /chips/0/set/temperature: must be a number or a text" },
+   { "deep nesting in an unknown key", "{ \"x\": " + nested( 200000 ) + " }",
+      "board.json: /x: no key x is known here" },
+};
+
+} // namespace
+
+TEST( EmulatorBoardFile, SaysFilePlaceAndReasonAsTheTableTells ) {
+   for ( auto& row : rows ) {
+      EXPECT_EQ( reasonOf( row.text ), row.error ) << row.name;
+   }
+}
+
+TEST( EmulatorBoardFile, SaysNoPlaceForAFileThatCannotBeRead ) {
+   TemporaryDirectory directory;
+   auto missing = ( directory.path() / "emulator.json" ).string();
+   EXPECT_EQ( loadFailure( missing ), missing + ": cannot be read: No such file or directory" );
+   EXPECT_EQ(
+      loadFailure( directory.path() ), directory.path().string() + ": cannot be read: Is a directory" );
+}
+
+TEST( EmulatorBoardFile, NamesItsFileInErrors ) {
+   TemporaryDirectory directory;
+   auto file = ( directory.path() / "emulator.json" ).string();
+   std::ofstream( file ) << "{}";
+   EXPECT_EQ( loadFailure( file ), file + ": /: lacks chips" );
+}
+
+TEST( EmulatorBoardFile, MayHoldNoChips ) {
+   EXPECT_TRUE( parseBoard( "board.json", "{ \"chips\": [] }" ).places().empty() );
+}
+
+TEST( EmulatorBoardFile, GivesOptionsAndPropertiesAsNumbersOrTexts ) {
+   auto board =
+      parseBoard( "board.json", chipOf( R"("name": "cpld", "part": "registers", "bus": 5, "address": 48,
+      "options": { "size": 4, "r0x00": "0x51", "r0x01": 7 }, "set": { "r0x02": 255, "r0x03": "0x5c" })" ) );
+   auto place = board.find( "cpld" );
+   ASSERT_NE( place, nullptr );
+   EXPECT_EQ( place->bus, 5U );
+   EXPECT_EQ( place->address, 0x30 );
+   EXPECT_EQ( readRegister( *place->chip, 0, 4 ), ( Bytes { 0x51, 0x07, 0xFF, 0x5C } ) );
+   place->chip->reset();
+   EXPECT_EQ( readRegister( *place->chip, 0, 4 ), ( Bytes { 0x51, 0x07, 0x00, 0x00 } ) );
+}
+
+TEST( EmulatorBoardFile, TakesTemperaturesOfAnyJsonNumber ) {
+   const std::pair<const char*, const char*> values[] = {
+      { "24.5", "24.5" },
+      { "41.0", "41" },
+      { "-40", "-40" },
+      { "2.5e1", "25" },
+      { "\"35.125\"", "35.125" },
+   };
+   for ( auto& [json, celsius] : values ) {
+      auto board = parseBoard( "board.json", sensorWith( "\"set\": { \"temperature\": "s + json + " }" ) );
+      EXPECT_EQ( board.find( "inlet" )->chip->get( "temperature" ), celsius ) << json;
+   }
+}
+
+TEST( EmulatorBoardFile, OfSelvaneHoldsItsChips ) {
+   struct Chip {
+      const char* name;
+      uint32_t bus;
+      uint8_t address;
+      const char* part;
+      Bytes firstBytes;
+   };
+
+   const Chip chips[] = {
+      { "inlet", 3, 0x48, "pct2075", { 0x18, 0x80 } },
+      { "outlet", 3, 0x49, "pct2075", { 0x23, 0x20 } },
+      { "asic", 3, 0x4A, "pct2075", { 0x3A, 0x40 } },
+      { "poe", 3, 0x4B, "pct2075", { 0x29, 0x00 } },
+      { "cpld", 5, 0x30, "registers", { 0x00, 0x00 } },
+   };
+   auto board = loadBoard( shared( "boards/selvane/emulator.json" ) );
+   EXPECT_EQ( board.places().size(), std::size( chips ) );
+   for ( auto& chip : chips ) {
+      auto place = board.at( chip.bus, chip.address );
+      ASSERT_NE( place, nullptr ) << chip.name;
+      EXPECT_EQ( place->name, chip.name );
+      EXPECT_EQ( place->chip->part(), chip.part ) << chip.name;
+      EXPECT_EQ( receiveFrom( *place->chip, 2 ), chip.firstBytes ) << chip.name;
+   }
+}

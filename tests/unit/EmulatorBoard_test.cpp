@@ -1,0 +1,196 @@
+#include "EmulatorBus.h"
+
+#include "emulator/Board.h"
+#include "emulator/ChipFactory.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <gmock/gmock.h>
+
+#include <deque>
+#include <stdexcept>
+
+using namespace Emulator;
+using I2c::Result;
+using ::testing::ElementsAre;
+
+namespace {
+
+/** Notes what reaches it, and answers with the bytes that it was given. */
+class NotingChip : public Chip {
+public:
+   std::vector<std::string> events;
+   std::deque<uint8_t> answers;
+   bool acknowledges = true;
+
+   std::string part() const override { return "noting"; }
+
+   void start() override { events.push_back( "start" ); }
+
+   bool write( std::span<const uint8_t> bytes ) override {
+      events.push_back( fmt::format( "write {:02x}", fmt::join( bytes, " " ) ) );
+      return acknowledges;
+   }
+
+   Bytes read( size_t count ) override {
+      events.push_back( fmt::format( "read {}", count ) );
+      Bytes bytes( count, 0xFF );
+      for ( auto& byte : bytes ) {
+         if ( !answers.empty() ) {
+            byte = answers.front();
+            answers.pop_front();
+         }
+      }
+      return bytes;
+   }
+
+   void stop() override { events.push_back( "stop" ); }
+
+   void reset() override {}
+
+   std::vector<std::string> properties() const override { return {}; }
+
+   std::string get( const std::string& ) const override { return ""; }
+
+   void set( const std::string&, const std::string& ) override {}
+};
+
+class EmulatorBoard : public ::testing::Test {
+protected:
+   EmulatorBoard() {
+      auto noting = std::make_unique<NotingChip>();
+      chip = noting.get();
+      board.add( { "noting", 3, 0x48, std::move( noting ) } );
+   }
+
+   Result transfer( std::vector<I2c::Message> sent ) {
+      messages = std::move( sent );
+      return board.transfer( 3, 0x48, messages ).result;
+   }
+
+   Board board;
+   NotingChip* chip;
+   std::vector<I2c::Message> messages;
+};
+
+} // namespace
+
+TEST_F( EmulatorBoard, PutsARepeatedStartBetweenMessagesAndAStopAtTheEnd ) {
+   chip->answers = { 0x18, 0x80 };
+   EXPECT_EQ( transfer( { writing( { 0x00 } ), reading( 2 ) } ), Result::Ok );
+   EXPECT_THAT( chip->events, ElementsAre( "start", "write 00", "start", "read 2", "stop" ) );
+   EXPECT_EQ( messages[1].bytes, ( Bytes { 0x18, 0x80 } ) );
+}
+
+TEST_F( EmulatorBoard, StopsEachTransferByItself ) {
+   transfer( { writing( { 0x00 } ) } );
+   transfer( { reading( 1 ) } );
+   EXPECT_THAT( chip->events, ElementsAre( "start", "write 00", "stop", "start", "read 1", "stop" ) );
+}
+
+TEST_F( EmulatorBoard, StopsAtAByteThatIsNotAcknowledged ) {
+   chip->acknowledges = false;
+   EXPECT_EQ( transfer( { writing( { 0x99 } ), reading( 1 ) } ), Result::NoAcknowledge );
+   EXPECT_THAT( chip->events, ElementsAre( "start", "write 99", "stop" ) );
+   EXPECT_EQ( messages[1].bytes, Bytes {} );
+}
+
+TEST_F( EmulatorBoard, ReadsABlockWithoutItsCount ) {
+   chip->answers = { 3, 'a', 'b', 'c' };
+   EXPECT_EQ( transfer( { writing( { 0x07 } ), readingBlock() } ), Result::Ok );
+   EXPECT_THAT( chip->events, ElementsAre( "start", "write 07", "start", "read 1", "read 3", "stop" ) );
+   EXPECT_EQ( messages[1].bytes, ( Bytes { 'a', 'b', 'c' } ) );
+}
+
+TEST_F( EmulatorBoard, TakesBlockCountsFrom1To32 ) {
+   const std::pair<uint8_t, Result> rows[] = {
+      { 0, Result::BadBlock },
+      { 1, Result::Ok },
+      { 32, Result::Ok },
+      { 33, Result::BadBlock },
+      { 255, Result::BadBlock },
+   };
+   for ( auto& [count, result] : rows ) {
+      chip->answers = { count };
+      EXPECT_EQ( transfer( { readingBlock() } ), result ) << +count;
+      EXPECT_EQ( messages[0].bytes.size(), result == Result::Ok ? count : 0U ) << +count;
+   }
+}
+
+TEST_F( EmulatorBoard, LetsNoMessageBehindABadBlockReachTheChip ) {
+   chip->answers = { 0 };
+   EXPECT_EQ( transfer( { readingBlock(), reading( 1 ) } ), Result::BadBlock );
+   EXPECT_THAT( chip->events, ElementsAre( "start", "read 1", "stop" ) );
+}
+
+TEST_F( EmulatorBoard, ProbesAnAddressWithAWriteOfNoBytes ) {
+   EXPECT_EQ( transfer( { writing( {} ) } ), Result::Ok );
+   messages = { writing( {} ) };
+   EXPECT_EQ( board.transfer( 3, 0x49, messages ).result, Result::NoAcknowledge );
+}
+
+TEST_F( EmulatorBoard, ForgetsWhatAMessageHeldBeforeItsRead ) {
+   messages = { reading( 1 ) };
+   messages[0].bytes = { 0x55, 0x66 };
+   EXPECT_EQ( board.transfer( 3, 0x49, messages ).result, Result::NoAcknowledge );
+   EXPECT_EQ( messages[0].bytes, Bytes {} );
+}
+
+TEST_F( EmulatorBoard, HasNoBusWithoutAChipOnIt ) {
+   EXPECT_TRUE( board.hasBus( 3 ) );
+   EXPECT_FALSE( board.hasBus( 4 ) );
+   messages = { reading( 1 ) };
+   EXPECT_EQ( board.transfer( 4, 0x48, messages ).result, Result::NoBus );
+}
+
+TEST_F( EmulatorBoard, TakesNoTimeWithoutAFault ) {
+   messages = { reading( 2 ) };
+   EXPECT_EQ( board.transfer( 3, 0x48, messages ).duration, std::chrono::nanoseconds( 0 ) );
+}
+
+TEST_F( EmulatorBoard, FindsChipsByNameAndByPlace ) {
+   EXPECT_EQ( board.find( "noting" )->chip.get(), chip );
+   EXPECT_EQ( board.at( 3, 0x48 )->chip.get(), chip );
+   EXPECT_EQ( board.find( "inlet" ), nullptr );
+   EXPECT_EQ( board.at( 3, 0x49 ), nullptr );
+   EXPECT_EQ( board.at( 4, 0x48 ), nullptr );
+}
+
+TEST_F( EmulatorBoard, RefusesANameOrAPlaceThatIsTaken ) {
+   struct Row {
+      const char* name;
+      uint8_t address;
+      const char* words;
+   };
+
+   const Row rows[] = {
+      { "noting", 0x49, "name noting is taken" },
+      { "other", 0x48, "3/0x48 is the place of noting" },
+   };
+   for ( auto& row : rows ) {
+      try {
+         board.add( { row.name, 3, row.address, makeChip( "pct2075" ) } );
+         ADD_FAILURE() << "it took the chip: " << row.words;
+      } catch ( const std::invalid_argument& error ) {
+         EXPECT_STREQ( error.what(), row.words );
+      }
+   }
+   EXPECT_EQ( board.places().size(), 1U );
+}
+
+TEST_F( EmulatorBoard, HoldsTheSameAddressOnTwoBusses ) {
+   board.add( { "other", 4, 0x48, makeChip( "pct2075" ) } );
+   messages = { writing( { 0x03 } ), reading( 2 ) };
+   EXPECT_EQ( board.transfer( 4, 0x48, messages ).result, Result::Ok );
+   EXPECT_EQ( messages[1].bytes, ( Bytes { 0x50, 0x00 } ) );
+   EXPECT_TRUE( chip->events.empty() );
+}
+
+TEST( EmulatorBoardWithASensor, ReadsItsRegisterBehindARepeatedStart ) {
+   Board board;
+   board.add( { "inlet", 3, 0x48, makeChip( "pct2075" ) } );
+   board.find( "inlet" )->chip->set( "temperature", "24.5" );
+   std::vector<I2c::Message> messages { writing( { 0x00 } ), reading( 2 ) };
+   EXPECT_EQ( board.transfer( 3, 0x48, messages ).result, Result::Ok );
+   EXPECT_EQ( messages[1].bytes, ( Bytes { 0x18, 0x80 } ) );
+}
