@@ -40,7 +40,7 @@ void fillAddressFromJSON( const rapidjson::Value& value, HamAddress& addr ) {
    assert( value.HasMember( "address" ) );
    addr = {};
    addr.addrSize = 1;
-   addr.address = value["address"].GetUint() & 0x7F;
+   addr.address = Json::at( value, "address" ).GetUint() & 0x7F;
    if ( auto delay = Json::find( value, "writeDelay" ) ) {
       addr.writeDelay = delay->GetUint() & 3;
    }
@@ -76,7 +76,7 @@ std::shared_ptr<Component> Component::fromJSON( const rapidjson::Value& json ) {
    auto component = std::make_shared<Component>();
    assert( json.IsObject() );
    assert( json.HasMember( "uid" ) );
-   component->uid = json["uid"].GetUint();
+   component->uid = Json::at( json, "uid" ).GetUint();
    Node::init( component, json );
    return component;
 }
@@ -102,9 +102,9 @@ std::shared_ptr<Device> Device::fromJSON( const rapidjson::Value& json ) {
    auto device = std::make_shared<Device>();
    assert( json.IsObject() );
    assert( json.HasMember( "did" ) );
-   device->did = json["did"].GetUint();
+   device->did = Json::at( json, "did" ).GetUint();
    Node::init( device, json );
-   if ( json.HasMember( "driver" ) ) {
+   if ( Json::find( json, "driver" ) ) {
       device->args = Drivers::DriverArgs::fromJSON( json );
    }
    appendAll( device->components, Json::find( json, "components" ) );
@@ -116,7 +116,7 @@ std::shared_ptr<Mux> Mux::fromJSON( const rapidjson::Value& json ) {
    assert( json.IsObject() );
    assert( json.HasMember( "did" ) );
    Node::init( mux, json );
-   mux->did = json["did"].GetUint();
+   mux->did = Json::at( json, "did" ).GetUint();
    if ( auto busses = Json::find( json, "busses" ) ) {
       for ( auto it = busses->Begin(); it != busses->End(); ++it ) {
          assert( it->IsObject() );
@@ -137,7 +137,7 @@ void Bus::init( const std::shared_ptr<Bus>& bus, const rapidjson::Value& json ) 
    assert( json.IsObject() );
    assert( json.HasMember( "id" ) );
    Node::init( bus, json );
-   bus->id = static_cast<uint32_t>( json["id"].GetInt() );
+   bus->id = static_cast<uint32_t>( Json::at( json, "id" ).GetInt() );
    appendAll( bus->devices, Json::find( json, "devices" ) );
    appendAll( bus->muxes, Json::find( json, "muxes" ) );
 }
@@ -147,9 +147,9 @@ std::shared_ptr<Accelerator> Accelerator::fromJSON( const rapidjson::Value& json
    assert( json.IsObject() );
    assert( json.HasMember( "id" ) );
    Node::init( accel, json );
-   accel->id = json["id"].GetUint();
+   accel->id = Json::at( json, "id" ).GetUint();
    if ( json.HasMember( "busses" ) ) {
-      auto& busses = json["busses"];
+      auto& busses = Json::at( json, "busses" );
       assert( busses.IsArray() );
       for ( auto& element : busses.GetArray() ) {
          auto bus = Bus::fromJSON( element );
@@ -165,9 +165,9 @@ std::shared_ptr<SCD> SCD::fromJSON( const rapidjson::Value& json ) {
    Node::init( scd, json );
    assert( json.IsObject() );
    assert( json.HasMember( "pci" ) );
-   scd->pci = json["pci"].GetUint();
+   scd->pci = Json::at( json, "pci" ).GetUint();
    if ( json.HasMember( "accelerators" ) ) {
-      auto& accels = json["accelerators"];
+      auto& accels = Json::at( json, "accelerators" );
       assert( accels.IsArray() );
       for ( auto& element : accels.GetArray() ) {
          auto accel = Accelerator::fromJSON( element );
@@ -182,7 +182,7 @@ std::shared_ptr<Celestica> Celestica::fromJSON( const rapidjson::Value& json ) {
    auto cel = std::make_shared<Celestica>();
    Node::init( cel, json );
    if ( json.HasMember( "accelerators" ) ) {
-      auto& accels = json["accelerators"];
+      auto& accels = Json::at( json, "accelerators" );
       assert( accels.IsArray() );
       for ( auto& element : accels.GetArray() ) {
          auto accel = Accelerator::fromJSON( element );
@@ -205,9 +205,9 @@ std::shared_ptr<FbDomFpga> FbDomFpga::fromJSON( const rapidjson::Value& json ) {
    Node::init( fbdomfpga, json );
    assert( json.IsObject() );
    assert( json.HasMember( "pci" ) );
-   fbdomfpga->pci = json["pci"].GetUint();
+   fbdomfpga->pci = Json::at( json, "pci" ).GetUint();
    if ( json.HasMember( "busses" ) ) {
-      auto& busses = json["busses"];
+      auto& busses = Json::at( json, "busses" );
       assert( busses.IsArray() );
       for ( auto& element : busses.GetArray() ) {
          auto bus = Bus::fromJSON( element );
@@ -269,7 +269,7 @@ constexpr MediumType mediumTypes[] = {
 };
 
 std::shared_ptr<MediumNode> mediumFromJSON( const rapidjson::Value& json ) {
-   auto name = Json::text( json["type"] );
+   auto name = Json::text( Json::at( json, "type" ) );
    for ( auto& type : mediumTypes ) {
       if ( name == type.name ) {
          return type.make( json );
@@ -289,7 +289,7 @@ Topology* Topology::fromJSON( const rapidjson::Value& json ) {
       assert( it->HasMember( "type" ) );
       assert( it->HasMember( "ham" ) );
       auto medium = mediumFromJSON( *it );
-      medium->ham = Json::text( ( *it )["ham"] );
+      medium->ham = Json::text( Json::at( *it, "ham" ) );
       tree->nodes.push_back( medium );
    }
    return tree.release();

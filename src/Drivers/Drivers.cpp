@@ -60,15 +60,15 @@ void DriverArgs::parseJSON( const rapidjson::Value& json ) {
       assert( json.HasMember( "multiDeviceArgs" ) );
    } else {
       assert( json.HasMember( "address" ) );
-      Topology::fillAddressFromJSON( json["address"], address );
+      Topology::fillAddressFromJSON( Json::at( json, "address" ), address );
    }
 
    auto wantsHam = Json::find( json, "provideHam" );
    provideHam = !wantsHam || wantsHam->GetUint() != 0;
    auto component = Json::find( json, "uid" );
    uid = component ? component->GetUint() : noUid;
-   did = json["did"].GetUint();
-   if ( auto& name = json["driver"]; !name.IsNull() ) {
+   did = Json::at( json, "did" ).GetUint();
+   if ( auto& name = Json::at( json, "driver" ); !name.IsNull() ) {
       driver = Json::text( name );
    }
 
@@ -80,7 +80,7 @@ void DriverArgs::parseJSON( const rapidjson::Value& json ) {
       }
    }
    if ( isMultiDevice ) {
-      for ( auto& [key, value] : json["multiDeviceArgs"].GetObject() ) {
+      for ( auto& [key, value] : Json::at( json, "multiDeviceArgs" ).GetObject() ) {
          assert( value.IsString() );
          multiDeviceArgs[Json::text( key )] = Json::text( value );
       }
