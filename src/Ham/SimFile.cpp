@@ -20,6 +20,12 @@ namespace {
 /** Characters of a register's field. */
 size_t fieldLength( const Utils::ExpectedVal& value ) { return value.isNumber ? 2 * value.size : value.size; }
 
+/** Exactly the digits that a register of so many bytes has. */
+std::string digits( uint64_t value, size_t bytes ) {
+   auto text = fmt::format( "{:0{}x}", value, 2 * bytes );
+   return text.substr( text.size() - 2 * bytes );
+}
+
 void lockWhole( int file, int command, short type ) {
    struct flock lock {};
 
@@ -51,20 +57,24 @@ void SimHam::createSimFile() {
       auto size = val.size;
       regOffsets.emplace( reg, static_cast<uint32_t>( line.size() ) );
       if ( val.isNumber ) {
-         line += fmt::format( "{:0{}x}", val.val, 2 * size );
+         line += digits( val.val, size );
       } else {
          assert( size == val.valStr().length() );
          line += val.valStr();
       }
    }
-   if ( file ) {
-      fputs( ( line + "\n" ).c_str(), file );
-      fclose( file );
-   }
    simFileExists_ = true;
    simFileSize = line.size();
+   if ( file ) {
+      line += '\n';
+      fwrite( line.data(), 1, line.size(), file );
+      fclose( file );
+   }
    ql_trace( 5, "Created %s", simFileName_.c_str() );
 }
+
+/** Where the current register's field starts, never behind the file's end. */
+size_t SimHam::fieldOffset() const { return std::min<size_t>( regOffsets.at( currentReg ), simFileSize ); }
 
 std::string SimHam::readFromFile( size_t size ) {
    assert( simFileExists_ );
@@ -77,7 +87,8 @@ std::string SimHam::readFromFile( size_t size ) {
    lockWhole( file, F_SETLKW, F_RDLCK );
    auto mm = mmap( nullptr, simFileSize, PROT_READ, MAP_PRIVATE, file, 0 );
    assert( mm != MAP_FAILED );
-   std::string text( static_cast<const char*>( mm ) + regOffsets.at( currentReg ), stored );
+   auto offset = fieldOffset();
+   std::string text( static_cast<const char*>( mm ) + offset, std::min( stored, simFileSize - offset ) );
    lockWhole( file, F_SETLK, F_UNLCK );
    close( file );
    // The mapping stays, here and below: each access leaves one behind for the life of the process.
@@ -95,7 +106,7 @@ void SimHam::writeToFile( const std::string& data ) {
    auto mm = mmap( nullptr, simFileSize, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0 );
    assert( mm != MAP_FAILED );
    // Data longer than its field runs on into the next one, but not past the last.
-   auto offset = regOffsets.at( currentReg );
+   auto offset = fieldOffset();
    memcpy( static_cast<char*>( mm ) + offset, data.data(), std::min( data.size(), simFileSize - offset ) );
    lockWhole( file, F_SETLK, F_UNLCK );
    close( file );

@@ -76,6 +76,7 @@ public:
 
 private:
    static std::string simulationDirectory();
+   size_t fieldOffset() const;
    bool canAccess() const;
    void warnNotSimulated() const;
    void selectQueued( ResponseId id );
