@@ -24,6 +24,7 @@ ql_status loadTopology( const char* text ) {
    }
    if ( _topology ) {
       delete _topology;
+      _topology = nullptr;
       _topology_index.clear();
    }
    _topology = Topology::fromJSON( document );

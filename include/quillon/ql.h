@@ -61,10 +61,10 @@ typedef enum ql_status ql_status;
 /*
  * Objects and their tables.
  *
- * Every record has the same shape: a word that the library does not use, the table of the object's kind, and
- * a pointer of the library's own. All objects of a kind share one table. The first word of a table is its
- * size in bytes, which tells a host which slots exist; a slot may be null and is to be tested. Callbacks take
- * the record as their first argument and block until the hardware has answered.
+ * A record is a word that the library does not use, the table of the object's kind and, but for ql_system, a
+ * pointer of the library's own. All objects of a kind share one table, transceivers one for each kind of
+ * module. A table begins with its size in bytes, which tells a host which slots exist; a slot may be null and
+ * is to be tested. Callbacks take the record and block until the hardware has answered.
  */
 
 typedef struct ql_system ql_system;
@@ -326,7 +326,7 @@ enum ql_poe_power_limit_mode QL_32_BITS {
 typedef enum ql_poe_power_limit_mode ql_poe_power_limit_mode;
 
 /**
- * Callbacks of a PoE port. Outputs are written on QL_STATUS_OK only. Readings come from replies of the
+ * Callbacks of a PoE port. Values are written on QL_STATUS_OK only. Readings come from replies of the
  * controller that may be up to 2 seconds old.
  */
 typedef struct ql_poe_port_ops {
@@ -342,8 +342,10 @@ typedef struct ql_poe_port_ops {
    /** Starts the port up. The first call starts the controller too, which takes seconds. */
    ql_status ( *port_init )( ql_poe_port* port );
    /**
-    * Compares the controller's firmware with the file of the platform, and loads that.
-    * @param revision text that the host frees
+    * Loads the platform's firmware file into the controller if its revision differs, which blocks for more
+    * than 13 seconds. A file that can't be read ends the process.
+    * @param skip only tells the revision
+    * @param revision a text for the host to free, whatever the status; null without memory
     */
    ql_status ( *reprogram_firmware )( ql_poe_port* port, bool skip, char** revision );
    /** Enables or disables the port's power sourcing function. */
@@ -387,7 +389,8 @@ struct ql_poe_port {
  * each kind that you use, all with the same text: the first does the work, the others return at once. Another
  * text replaces the topology; objects made before go on working.
  *
- * The first call blocks for up to 30 seconds, one for each try, while the server cannot be reached.
+ * While the server can't be reached, the first call blocks for 30 seconds, one for each try, and longer while
+ * something listens there that takes no connection.
  *
  * @param topology JSON text of the topology, not null; it is copied
  * @retval QL_STATUS_OK the topology is loaded
@@ -417,7 +420,7 @@ ql_system* ql_system_add( const char* args );
  *
  * @param args JSON text of the arguments, not null. It is copied, but for ql_slot_add, whose text must
  * outlive the slot
- * @return the object, or null after a line for ql_trace
+ * @return the object, or null; most failures give a line for ql_trace
  */
 ql_fan* ql_fan_add( const char* args );
 ql_psu* ql_psu_add( const char* args );

@@ -49,15 +49,19 @@ int32_t numberArg( const Drivers::DriverArgs& args, const char* key ) {
 RegGpio::RegGpio( HardwareDevice* owner, const Drivers::DriverArgs& args )
    : device( owner ), reg( numberArg( args, "register" ) ), bitpos( numberArg( args, "bitpos" ) ) {}
 
+Ham::Ham* RegGpio::ham() const {
+   assert( device->ham );
+   return device->ham;
+}
+
 uint32_t RegGpio::mask() const { return 1U << ( static_cast<uint32_t>( bitpos ) % 32 ); }
 
 ql_status RegGpio::write( uint32_t content ) {
-   return device->ham->write8(
-      static_cast<uint32_t>( reg ), static_cast<uint8_t>( content & 0xFF ), false, 1 );
+   return ham()->write8( static_cast<uint32_t>( reg ), static_cast<uint8_t>( content & 0xFF ), false, 1 );
 }
 
 ql_status RegGpio::readUnlessWriteOnly( uint8_t* content ) {
-   return writeWithoutRead ? QL_STATUS_OK : device->ham->read8( static_cast<uint32_t>( reg ), content, 1 );
+   return writeWithoutRead ? QL_STATUS_OK : ham()->read8( static_cast<uint32_t>( reg ), content, 1 );
 }
 
 ql_status RegGpio::bitClear() {
@@ -74,7 +78,7 @@ ql_status RegGpio::bitSet() {
 
 ql_status RegGpio::bitRead( uint32_t* value ) {
    uint8_t content = 0;
-   auto status = device->ham->read8( static_cast<uint32_t>( reg ), &content, 1 );
+   auto status = ham()->read8( static_cast<uint32_t>( reg ), &content, 1 );
    if ( status == QL_STATUS_OK ) {
       *value = content & mask() ? 1 : 0;
    }

@@ -49,6 +49,7 @@ public:
    int32_t bitpos;
 
 private:
+   Ham::Ham* ham() const;
    uint32_t mask() const;
    ql_status write( uint32_t content );
    ql_status readUnlessWriteOnly( uint8_t* content );

@@ -54,6 +54,7 @@ float PCT2075::registerToTemperature( uint16_t word, RegisterType type ) {
 }
 
 ql_status PCT2075::setThreshold( Threshold which, float value ) {
+   assert( ham );
    auto rounded = static_cast<float>( std::round( 2 * static_cast<double>( value ) ) * 0.5 );
    auto halves = 2 * std::fabs( rounded );
    // Beyond 32 bits, and for what is no number, the 16 bits that the chip takes are 0.
@@ -65,6 +66,7 @@ ql_status PCT2075::setThreshold( Threshold which, float value ) {
 }
 
 ql_status PCT2075::getThreshold( Threshold which, float* value ) {
+   assert( ham );
    uint16_t word = 0;
    auto status = ham->read16( which, &word, regSize );
    if ( status == QL_STATUS_OK ) {
@@ -75,6 +77,7 @@ ql_status PCT2075::getThreshold( Threshold which, float* value ) {
 
 ql_status PCT2075::getTemperature( float* value ) {
    ql_trace( 6, "%s", "ql_status Drivers::PCT2075::getTemperature(float*)" );
+   assert( ham );
    uint16_t word = 0;
    auto status = ham->read16( tempRegister, &word, regSize );
    if ( status == QL_STATUS_OK ) {

@@ -14,7 +14,7 @@ public:
    ExpectedVal( uint64_t number, size_t bytes );
    /** @param text as long as the register is wide */
    explicit ExpectedVal( const std::string& text );
-   /** Copies of a number have no text, and the other way round. */
+   /** A copy takes what counts, the number or the text, and keeps its own other field. */
    ExpectedVal( const ExpectedVal& other );
    ExpectedVal& operator=( const ExpectedVal& other );
    virtual ~ExpectedVal() = default;

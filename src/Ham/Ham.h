@@ -68,14 +68,14 @@ public:
    /** @param flag is passed on to the server untouched, here and below */
    virtual void addSendByte( uint8_t value, bool flag );
    virtual void addWrite8( Register reg, uint8_t value, bool flag, uint8_t regSize );
-   /** The low byte goes out first. */
+   /** On a bus the low byte goes out first. */
    virtual void addWrite16( Register reg, uint16_t value, bool flag, uint8_t regSize );
    virtual void addWrite32( Register reg, uint32_t value, bool flag, uint8_t regSize );
    virtual void addWrite( Register reg, const void* data, uint32_t size, bool flag, uint8_t regSize );
    virtual void addWriteBlock( Register reg, const void* data, uint32_t size, bool flag, uint8_t regSize );
    virtual ResponseId addProcessCall( Register reg, uint16_t value, uint8_t regSize );
    virtual uint8_t get8( ResponseId id );
-   /** The byte that came first is the low one. */
+   /** On a bus the byte that comes first is the low one. */
    virtual uint16_t get16( ResponseId id );
    virtual uint32_t get32( ResponseId id );
    virtual std::string getBlock( ResponseId id, size_t size );

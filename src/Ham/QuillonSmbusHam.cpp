@@ -67,6 +67,7 @@ ql_status QuillonSmbusHam::execute() {
    if ( retryCountIsSet ) {
       request_.set_retries( retryCount );
    }
+   assert( _qlSock );
    Smbus::TransactionResponse* reply = nullptr;
    auto result = _qlSock->sendRequestWait( &request_, &reply );
    auto error = errno;
@@ -75,6 +76,7 @@ ql_status QuillonSmbusHam::execute() {
       ql_trace( 3, "%s: error. %d, %s", "execute", error, strerror( error ) );
       return QL_STATUS_IO_ERROR;
    }
+   assert( reply );
    response_.CopyFrom( *reply );
    if ( response_.failed() ) {
       ql_trace( 3, "%s: failure in response %s", "execute",

@@ -4,6 +4,7 @@
 #include "Drivers/Drivers.h"
 
 #include <cassert>
+#include <set>
 
 namespace Ham {
 
@@ -23,6 +24,31 @@ Ham* QuillonSmbusHam::createOnBus(
    return search.ham;
 }
 
+namespace {
+
+/** Marks a mux chip while its device is made. One that needs itself would never come to an end. */
+class MuxUnderway {
+public:
+   explicit MuxUnderway( uint32_t did ) : did_( did ) {
+      bool isNew = dids.insert( did ).second;
+      assert( isNew );
+   }
+
+   ~MuxUnderway() { dids.erase( did_ ); }
+
+   MuxUnderway( const MuxUnderway& ) = delete;
+   MuxUnderway& operator=( const MuxUnderway& ) = delete;
+
+private:
+   static std::set<uint32_t> dids;
+
+   uint32_t did_;
+};
+
+std::set<uint32_t> MuxUnderway::dids;
+
+} // namespace
+
 bool QuillonSmbusVisitor::visit( const Topology::Component* ) { return true; }
 
 bool QuillonSmbusVisitor::visit( const Topology::Device* ) { return true; }
@@ -40,9 +66,12 @@ bool QuillonSmbusVisitor::visit( const Topology::Mux* mux ) {
    }
    assert( topoDev->args );
    auto args = *topoDev->args;
+   MuxUnderway underway( mux->did );
    auto muxDevice = Component::HardwareDevice::create( args, nullptr );
    assert( muxDevice );
-   ham->muxes.insert( ham->muxes.begin(), muxDevice->newMux( args, value ) );
+   auto channel = muxDevice->newMux( args, value );
+   assert( channel );
+   ham->muxes.insert( ham->muxes.begin(), channel );
    return true;
 }
 

@@ -339,3 +339,14 @@ TEST_F( RegisterBit, SharesItsDeviceAndHamWithTheOtherBitsOfTheDevice ) {
    EXPECT_EQ( hamsMade, 1 );
    EXPECT_EQ( DeviceBase::devices.size(), 1U );
 }
+
+using RegisterBitDeathTest = RegisterBit;
+
+TEST_F( RegisterBitDeathTest, NeedsADeviceWithAHam ) {
+   auto bit = gpio( "0" );
+   device.ham = nullptr;
+   uint32_t value = 0;
+   EXPECT_DEATH( bit.bitRead( &value ), assertionFailed( "device->ham" ) );
+   EXPECT_DEATH( bit.bitSet(), assertionFailed( "device->ham" ) );
+   EXPECT_DEATH( bit.bitClear(), assertionFailed( "device->ham" ) );
+}

@@ -389,3 +389,11 @@ TEST_F( SimulatedPct2075, HoldsTheThresholdsOfTheLastAdd ) {
    ql_temp_sensor_add( text, -0.5F, 100.0F );
    EXPECT_EQ( contentOf( "PCT2075-inlet" ), "200080ff0064\n" );
 }
+
+TEST( Pct2075DeathTest, NeedsAHam ) {
+   PCT2075 device;
+   float degrees = 0;
+   EXPECT_DEATH( device.getTemperature( &degrees ), assertionFailed( "ham" ) );
+   EXPECT_DEATH( device.setThreshold( PCT2075::Alert, 1 ), assertionFailed( "ham" ) );
+   EXPECT_DEATH( device.getThreshold( PCT2075::Alert, &degrees ), assertionFailed( "ham" ) );
+}

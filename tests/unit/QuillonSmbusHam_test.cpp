@@ -3,7 +3,9 @@
 #include "Ham/QuillonSmbusHam.h"
 
 #include "Assertion.h"
+#include "FieldOrder.h"
 #include "FreshLibrary.h"
+#include "ObjectLayout.h"
 #include "Quillon.h"
 #include "SocketServer.h"
 
@@ -314,9 +316,31 @@ TEST_F( QuillonSmbusHamTest, GivesFailedForAnotherNumberOfEntries ) {
    EXPECT_TRUE( Host::hasTraced( 3, "execute: invalid number of response entries; expected 1, got 2" ) );
 }
 
+TEST_F( QuillonSmbusHamTest, GivesFailedForTooFewEntriesToo ) {
+   answer = []( auto& ) { return Smbus::TransactionResponse(); };
+   uint8_t byte = 0;
+   EXPECT_EQ( ham->read8( 0, &byte, 1 ), QL_STATUS_FAILED );
+   EXPECT_TRUE( Host::hasTraced( 3, "execute: invalid number of response entries; expected 1, got 0" ) );
+}
+
+TEST_F( QuillonSmbusHamTest, HasItsFieldsAndAddedOperationsAsDriversKnowThem ) {
+   EXPECT_TRUE( inOrder( ham->retryCount, ham->retryCountIsSet, ham->prepareRequestCount_, ham->responseId,
+      ham->address, ham->pciAddress, ham->request_, ham->response_, ham->masterType, ham->muxes ) );
+   auto first = Layout::slotOf( &Ham::Ham::setDriverName ) + 1;
+   EXPECT_EQ( Layout::slotOf( &QuillonSmbusHam::setAddress ), first );
+   EXPECT_EQ( Layout::slotOf( &QuillonSmbusHam::getAddress ), first + 1 );
+   EXPECT_EQ( Layout::slotOf( &QuillonSmbusHam::setBus ), first + 2 );
+   EXPECT_EQ( Layout::slotOf( &QuillonSmbusHam::getBus ), first + 3 );
+}
+
 TEST_F( QuillonSmbusHamTest, ThrowsFor32BitAccess ) {
    uint32_t value = 0;
-   EXPECT_THROW( ham->read32( 0, &value, 1 ), NotImplementedException );
+   try {
+      ham->read32( 0, &value, 1 );
+      FAIL();
+   } catch ( const NotImplementedException& exception ) {
+      EXPECT_STREQ( exception.what(), "Not implemented addRead32" );
+   }
    EXPECT_THROW( ham->write32( 0, 0, false, 1 ), NotImplementedException );
    EXPECT_THROW( ham->get32( 0 ), NotImplementedException );
 }
@@ -397,6 +421,27 @@ TEST_F( QuillonSmbusHamDeathTest, WantsAByteBackForAReceiveByteToo ) {
    };
    uint8_t byte = 0;
    EXPECT_DEATH( ham->recvByte( &byte ), assertionFailed( "data.size() == 1" ) );
+}
+
+TEST_F( QuillonSmbusHamDeathTest, HasNoAnswerAfterAFailure ) {
+   answer = []( auto& ) {
+      Smbus::TransactionResponse response;
+      response.set_failed( true );
+      return response;
+   };
+   ham->prepare();
+   auto id = ham->addRead8( 0, 1 );
+   ASSERT_EQ( ham->execute(), QL_STATUS_FAILED );
+   EXPECT_DEATH( ham->get8( id ),
+      assertionFailed( "( uint32_t )response_.response_size() > prepareRequestCount_ + idx" ) );
+}
+
+TEST_F( QuillonSmbusHamDeathTest, NeedsTheProcessToBeConnected ) {
+   auto connection = _qlSock;
+   _qlSock = nullptr;
+   ham->prepare();
+   EXPECT_DEATH( ham->execute(), assertionFailed( "_qlSock" ) );
+   _qlSock = connection;
 }
 
 TEST_F( QuillonSmbusHamDeathTest, HasAMasterTypeThatTheMessageKnows ) {

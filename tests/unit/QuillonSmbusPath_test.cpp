@@ -5,7 +5,9 @@
 #include "Assertion.h"
 #include "Components/HardwareDevice.h"
 #include "Components/Mux.h"
+#include "FieldOrder.h"
 #include "FreshLibrary.h"
+#include "ObjectLayout.h"
 #include "Quillon.h"
 #include "SocketServer.h"
 #include "TestRow.h"
@@ -166,6 +168,21 @@ TEST_F( QuillonSmbusPath, StartsWithNoBusSeen ) {
    EXPECT_FALSE( visitor.found );
    EXPECT_FALSE( visitor.ham );
    EXPECT_EQ( visitor.lastBus, 0xFFFFFFFFU );
+}
+
+TEST_F( QuillonSmbusPath, IsFoundByVisitorsWithTheirFieldsInOrder ) {
+   Ham::QuillonSmbusDriverVisitor driver;
+   EXPECT_TRUE( inOrder( driver.found, driver.ham, driver.lastBus, driver.args ) );
+   Ham::QuillonSmbusBusIdVisitor bus;
+   EXPECT_TRUE( inOrder( bus.found, bus.ham, bus.lastBus, bus.bus, bus.address ) );
+}
+
+TEST_F( QuillonSmbusPath, AsksAMuxThroughSlotsThatDriversKnow ) {
+   using Component::LogicalDevice::Mux;
+   EXPECT_EQ( Layout::slotOf( &Mux::addSelectRequests ), 2U );
+   EXPECT_EQ( Layout::slotOf( &Mux::addReleaseRequests ), 3U );
+   EXPECT_EQ( Layout::slotOf( &Mux::reserved ), 4U );
+   EXPECT_EQ( Layout::slotOf( &Mux::device ), 5U );
 }
 
 TEST_F( QuillonSmbusPath, OnABusGoesByTheVeryObjectNotByItsId ) {
@@ -353,6 +370,39 @@ TEST_F( BehindMuxes, AMuxChipThatCannotBeMadeEndsTheProcess ) {
       "devices": [ { "did": 70, "driver": "NoSuchDriver", "address": { "address": 112 } } ],
       "muxes": [ { "did": 70, "busses": [ { "id": 3, "devices": [ { "did": 1 } ] } ] } ] } ])" );
    EXPECT_DEATH( create( argsOf( 1 ) ), assertionFailed( "muxDevice" ) );
+}
+
+TEST_F( BehindMuxes, AMuxChipHasToBeInTheTree ) {
+   load( R"([ { "type": "I2C", "ham": "QuillonSmbus", "id": 5,
+      "muxes": [ { "did": 70, "busses": [ { "id": 3, "devices": [ { "did": 1 } ] } ] } ] } ])" );
+   EXPECT_DEATH( create( argsOf( 1 ) ), assertionFailed( "topoDev" ) );
+}
+
+TEST_F( BehindMuxes, AMuxChipThatLiesBehindItselfEndsTheProcess ) {
+   load( R"([ { "type": "I2C", "ham": "QuillonSmbus", "id": 5,
+      "muxes": [ { "did": 70, "busses": [ { "id": 3, "devices": [ { "did": 1 },
+         { "did": 70, "driver": "TestMux", "address": { "address": 112 } } ] } ] } ] } ])" );
+   EXPECT_DEATH( create( argsOf( 1 ) ), assertionFailed( "isNew" ) );
+}
+
+TEST_F( BehindMuxes, AMuxChipNeedsAnSmbusHamOfItsOwn ) {
+   load( R"([ { "type": "I2C", "ham": "QuillonSmbus", "id": 5,
+      "devices": [ { "did": 70, "driver": "TestMux", "provideHam": 0, "address": { "address": 112 } } ],
+      "muxes": [ { "did": 70, "busses": [ { "id": 3, "devices": [ { "did": 1 } ] } ] } ] } ])" );
+   auto ham = create( argsOf( 1 ) );
+   EXPECT_DEATH( ham->init(), assertionFailed( "ham" ) );
+}
+
+TEST_F( BehindMuxes, ABusIsReachedThroughTheMuxesAboveIt ) {
+   load( R"([ { "type": "I2C", "ham": "QuillonSmbus", "id": 5,
+      "devices": [ { "did": 70, "driver": "TestMux", "address": { "address": 112 } } ],
+      "muxes": [ { "did": 70, "busses": [ { "id": 3, "label": "channel" } ] } ] } ])" );
+   uint32_t address = 0x20;
+   auto ham = keep(
+      QuillonSmbusHam::createOnBus( *Topology::_topology, Topology::getBusByLabel( "channel" ), address ) );
+   EXPECT_EQ( ham->address.bus, 5U );
+   ASSERT_EQ( ham->muxes.size(), 1U );
+   EXPECT_EQ( static_cast<TestMuxChip::Channel*>( ham->muxes[0] )->channel, 3U );
 }
 
 } // namespace
