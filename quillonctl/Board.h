@@ -1,0 +1,25 @@
+#ifndef BOARD_H
+#define BOARD_H
+
+#include "Kind.h"
+
+#include <string>
+#include <vector>
+
+/** The two documents of a board, checked. */
+struct Board {
+   /** Name of its folder. */
+   std::string name;
+   /** Text of topology.json. */
+   std::string topology;
+   /** In the order of objects.json. */
+   std::vector<ObjectEntry> objects;
+
+   /** Reads and checks topology.json and objects.json. @throw InputError with all that is wrong */
+   static Board load( const std::string& folder );
+};
+
+/** The name of a board that may not be there: the last part of its folder's path. */
+std::string boardName( const std::string& folder );
+
+#endif

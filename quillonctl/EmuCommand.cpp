@@ -1,0 +1,118 @@
+#include "EmuCommand.h"
+
+#include "Errors.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+
+/** The board answers at once; a minute means that nobody is there. */
+constexpr timeval patience = { .tv_sec = 60, .tv_usec = 0 };
+
+HostError unreachable( const std::string& control, int error ) {
+   return { QL_STATUS_IO_ERROR,
+      fmt::format( "no emulated board at {}: {}; start quillon-smbusd with --emulate "
+                   "and --control, and give the same path here with --control",
+         control, strerror( error ) ) };
+}
+
+/** A connection to the control socket. */
+class ControlSocket {
+public:
+   explicit ControlSocket( const std::string& path )
+      : path_( path ), fd_( socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 ) ) {
+      sockaddr_un address {};
+      address.sun_family = AF_UNIX;
+      if ( path.size() >= sizeof( address.sun_path ) ) {
+         fail( ENAMETOOLONG );
+      }
+      memcpy( address.sun_path, path.data(), path.size() );
+      setsockopt( fd_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof( patience ) );
+      if ( connect( fd_, reinterpret_cast<sockaddr*>( &address ), sizeof( address ) ) != 0 ) {
+         fail( errno );
+      }
+   }
+
+   ~ControlSocket() { close( fd_ ); }
+
+   ControlSocket( const ControlSocket& ) = delete;
+   ControlSocket& operator=( const ControlSocket& ) = delete;
+
+   std::string ask( const std::string& line ) {
+      auto text = line + "\n";
+      if ( send( fd_, text.data(), text.size(), MSG_NOSIGNAL ) != static_cast<ssize_t>( text.size() ) ) {
+         throw unreachable( path_, errno );
+      }
+      std::string answer;
+      char byte = 0;
+      for ( ;; ) {
+         auto received = recv( fd_, &byte, 1, 0 );
+         if ( received != 1 ) {
+            throw unreachable( path_, received == 0 ? ECONNRESET : errno );
+         }
+         if ( byte == '\n' ) {
+            return answer;
+         }
+         answer += byte;
+      }
+   }
+
+private:
+   /** The destructor of an object that was never made does not run. */
+   [[noreturn]] void fail( int error ) {
+      close( fd_ );
+      throw unreachable( path_, error );
+   }
+
+   std::string path_;
+   int fd_;
+};
+
+std::string asJson( const char* key, const std::string& text ) {
+   rapidjson::StringBuffer buffer;
+   rapidjson::Writer<rapidjson::StringBuffer> writer( buffer );
+   writer.StartObject();
+   writer.Key( key );
+   writer.String( text.c_str() );
+   writer.EndObject();
+   return buffer.GetString();
+}
+
+/** What stands behind the first word. */
+std::string rest( const std::string& answer ) {
+   auto blank = answer.find( ' ' );
+   return blank == std::string::npos ? "" : answer.substr( blank + 1 );
+}
+
+} // namespace
+
+int emuCommand( const std::string& control, const std::vector<std::string>& words, bool json ) {
+   auto line = words.empty() ? "help" : fmt::format( "{}", fmt::join( words, " " ) );
+   if ( line.find( '\n' ) != std::string::npos ) {
+      throw InputError( { "a line for the emulated board has no line end in it" } );
+   }
+   auto answer = ControlSocket( control ).ask( line );
+   auto text = rest( answer );
+   bool isGood = answer == "ok" || answer.starts_with( "ok " );
+   if ( json ) {
+      fmt::print( "{}\n", asJson( isGood ? "answer" : "error", text ) );
+   } else if ( isGood && !text.empty() ) {
+      fmt::print( "{}\n", text );
+   }
+   if ( !isGood ) {
+      complain( text );
+   }
+   return isGood ? exitGood : exitFailure;
+}

@@ -1,0 +1,26 @@
+#ifndef HOST_SERVICES_H
+#define HOST_SERVICES_H
+
+#include <string>
+
+/** What the program does with the trace lines that the library gives it. */
+namespace HostServices {
+
+/** The last line that tells of a failure or of what was going on before one. */
+struct LastLine {
+   char text[512];
+};
+
+/** Shows the lines up to a level on stderr. */
+void showTraces( int level );
+
+/** Keeps the last line in memory of the caller's choice, which must outlive the library's use. */
+void recordIn( LastLine& line );
+
+/** The last line since the last call of forgetLine, or nothing. */
+std::string lastLine();
+void forgetLine();
+
+} // namespace HostServices
+
+#endif

@@ -1,0 +1,236 @@
+#include "JsonFile.h"
+
+#include "Errors.h"
+
+#include <fmt/format.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+/** Far beyond any board, and far below what the library, which parses by recursion, can take. */
+constexpr size_t deepest = 64;
+
+// Nesting in a file must not be able to use up our own stack, and names go out again as JSON.
+constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+
+/**
+ * Tells its offset inside of tokens too, where the reader works on a copy of its own streams, and has an end
+ * that a cut-off character can't run over.
+ */
+struct OffsetStream : rapidjson::MemoryStream {
+   explicit OffsetStream( const std::string& text ) : MemoryStream( text.data(), text.size() ) {}
+};
+
+std::string readFile( const std::string& name ) {
+   std::unique_ptr<FILE, int ( * )( FILE* )> file( fopen( name.c_str(), "rb" ), fclose );
+   std::string text;
+   char block[4096];
+   size_t count = 0;
+   while ( file && ( count = fread( block, 1, sizeof( block ), file.get() ) ) > 0 ) {
+      text.append( block, count );
+   }
+   if ( !file || ferror( file.get() ) ) {
+      throw InputError( { fmt::format( "cannot read {}: {}", name, strerror( errno ) ) } );
+   }
+   return text;
+}
+
+} // namespace
+
+std::string Finding::text() const {
+   return fmt::format(
+      "{}:{}:{}: {}{}{}", file, place.line, place.column, pointer, pointer.empty() ? "" : ": ", reason );
+}
+
+/** Notes where each value stands, and finds what the library would take, but not as it was meant. */
+class Positions : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Positions> {
+public:
+   Positions( JsonFile& file, const OffsetStream& stream ) : file_( file ), stream_( stream ) {}
+
+   bool Default() {
+      note( nextToken() );
+      cursor_ = stream_.Tell();
+      return true;
+   }
+
+   bool String( const char* text, rapidjson::SizeType length, bool ) {
+      auto offset = nextToken();
+      auto pointer = note( offset );
+      refuseZero( { text, length }, pointer, offset );
+      cursor_ = stream_.Tell();
+      return true;
+   }
+
+   bool Key( const char* key, rapidjson::SizeType length, bool ) {
+      auto& object = open_.back();
+      object.keyOffset = nextToken();
+      object.key.assign( key, length );
+      refuseZero( object.key, object.pointer, object.keyOffset );
+      cursor_ = stream_.Tell();
+      return true;
+   }
+
+   bool StartObject() { return enter( false ); }
+
+   bool EndObject( rapidjson::SizeType ) { return leave(); }
+
+   bool StartArray() { return enter( true ); }
+
+   bool EndArray( rapidjson::SizeType ) { return leave(); }
+
+   std::vector<Finding> findings;
+   bool tooDeep = false;
+
+   size_t cursor() const { return cursor_; }
+
+private:
+   /** An object or array that is not yet closed, and where in it we are. */
+   struct Container {
+      std::string pointer;
+      bool isArray;
+      size_t index;
+      std::string key;
+      size_t keyOffset;
+   };
+
+   /** The reader tells the end of a token; it begins behind the last one and what stands between them. */
+   size_t nextToken() const { return file_.text_.find_first_not_of( " \t\r\n:,", cursor_ ); }
+
+   std::string note( size_t offset ) {
+      if ( open_.empty() ) {
+         file_.positions_.emplace( "", JsonFile::Position { offset, offset } );
+         return "";
+      }
+      auto& in = open_.back();
+      auto pointer = in.isArray ? under( in.pointer, in.index++ ) : under( in.pointer, in.key );
+      auto keyOffset = in.isArray ? offset : in.keyOffset;
+      auto [first, isNew] = file_.positions_.emplace( pointer, JsonFile::Position { keyOffset, offset } );
+      if ( !isNew && !in.isArray ) {
+         auto line = file_.placeOf( first->second.key ).line;
+         find( keyOffset, pointer, fmt::format( "this key was there before, in line {}", line ) );
+      }
+      return pointer;
+   }
+
+   void find( size_t offset, const std::string& pointer, const std::string& reason ) {
+      findings.push_back( { file_.name_, file_.placeOf( offset ), pointer, reason } );
+   }
+
+   /** The library, and file names, would see only what stands before it. */
+   void refuseZero( std::string_view text, const std::string& pointer, size_t offset ) {
+      if ( text.find( '\0' ) != std::string_view::npos ) {
+         find( offset, pointer, "must not hold the character \\u0000" );
+      }
+   }
+
+   bool enter( bool isArray ) {
+      auto offset = nextToken();
+      auto pointer = note( offset );
+      cursor_ = offset + 1;
+      open_.push_back( { pointer, isArray, 0, "", 0 } );
+      tooDeep = open_.size() > deepest;
+      return !tooDeep;
+   }
+
+   bool leave() {
+      open_.pop_back();
+      cursor_ = nextToken() + 1;
+      return true;
+   }
+
+   JsonFile& file_;
+   const OffsetStream& stream_;
+   size_t cursor_ = 0;
+   std::vector<Container> open_;
+};
+
+std::unique_ptr<JsonFile> JsonFile::load(
+   const std::filesystem::path& path, std::vector<Finding>& findings ) {
+   std::unique_ptr<JsonFile> file( new JsonFile( path.string(), readFile( path.string() ) ) );
+   return file->parse( findings ) ? std::move( file ) : nullptr;
+}
+
+bool JsonFile::parse( std::vector<Finding>& findings ) {
+   auto fail = [&]( size_t offset, const std::string& reason ) {
+      findings.push_back( { name_, placeOf( offset ), "", reason } );
+      return false;
+   };
+   // The library takes a C string, and would see only what stands before it.
+   if ( auto zero = text_.find( '\0' ); zero != std::string::npos ) {
+      return fail( zero, "there is a zero byte in the text" );
+   }
+
+   OffsetStream stream( text_ );
+   Positions positions( *this, stream );
+   rapidjson::Reader reader;
+   auto result = reader.Parse<parseFlags>( stream, positions );
+   if ( positions.tooDeep ) {
+      return fail( positions.cursor() - 1, fmt::format( "nested deeper than {} levels", deepest ) );
+   }
+   if ( result.IsError() ) {
+      std::string reason = rapidjson::GetParseError_En( result.Code() );
+      reason.erase( reason.find_last_not_of( '.' ) + 1 );
+      return fail( result.Offset(), reason );
+   }
+   findings.insert( findings.end(), positions.findings.begin(), positions.findings.end() );
+   OffsetStream again( text_ );
+   document_.ParseStream<parseFlags>( again );
+   return true;
+}
+
+Place JsonFile::placeOf( size_t offset ) const {
+   Place place { 1, 1 };
+   for ( auto c : std::string_view( text_ ).substr( 0, offset ) ) {
+      if ( c == '\n' ) {
+         ++place.line;
+         place.column = 1;
+      } else if ( ( c & 0xC0 ) != 0x80 ) { // the further bytes of a character don't count
+         ++place.column;
+      }
+   }
+   return place;
+}
+
+Finding JsonFile::at( const std::string& pointer, const std::string& reason ) const {
+   return { name_, placeOf( positions_.at( pointer ).value ), pointer, reason };
+}
+
+Finding JsonFile::atKey( const std::string& pointer, const std::string& reason ) const {
+   return { name_, placeOf( positions_.at( pointer ).key ), pointer, reason };
+}
+
+const rapidjson::Value* member( const rapidjson::Value& object, const char* key ) {
+   auto found = object.FindMember( key );
+   return found == object.MemberEnd() ? nullptr : &found->value;
+}
+
+std::string textOf( const rapidjson::Value& string ) {
+   return { string.GetString(), string.GetStringLength() };
+}
+
+std::string under( const std::string& pointer, std::string_view token ) {
+   auto longer = pointer + '/';
+   for ( auto c : token ) {
+      longer += c == '~' ? "~0" : c == '/' ? "~1" : std::string( 1, c );
+   }
+   return longer;
+}
+
+std::string under( const std::string& pointer, size_t index ) {
+   return under( pointer, std::to_string( index ) );
+}
+
+std::string compact( const rapidjson::Value& value ) {
+   rapidjson::StringBuffer buffer;
+   rapidjson::Writer<rapidjson::StringBuffer> writer( buffer );
+   value.Accept( writer );
+   return { buffer.GetString(), buffer.GetSize() };
+}

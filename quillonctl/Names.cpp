@@ -1,0 +1,80 @@
+#include "Names.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <utility>
+
+#include <fnmatch.h>
+
+namespace {
+
+bool matches( const std::string& pattern, const ObjectEntry& object ) {
+   return fnmatch( pattern.c_str(), object.name.c_str(), 0 ) == 0;
+}
+
+/** How many characters have to be inserted, deleted or replaced to get from one text to the other. */
+size_t distance( const std::string& from, const std::string& to ) {
+   std::vector<size_t> row( to.size() + 1 );
+   std::iota( row.begin(), row.end(), size_t { 0 } );
+   for ( size_t i = 0; i < from.size(); ++i ) {
+      auto diagonal = std::exchange( row[0], i + 1 );
+      for ( size_t j = 0; j < to.size(); ++j ) {
+         auto replaced = diagonal + ( from[i] == to[j] ? 0 : 1 );
+         diagonal = row[j + 1];
+         row[j + 1] = std::min( { replaced, row[j] + 1, diagonal + 1 } );
+      }
+   }
+   return row.back();
+}
+
+/** Up to three names that are near to a wrong one, or else what there is to choose from. */
+std::string suggestion( const std::string& name, const Board& board ) {
+   std::multimap<size_t, std::string> near;
+   std::vector<std::string> all;
+   for ( auto& object : board.objects ) {
+      all.push_back( object.name );
+      auto far = distance( name, object.name );
+      if ( far <= std::max<size_t>( 2, name.size() / 3 ) ) {
+         near.emplace( far, object.name );
+      }
+   }
+   if ( near.empty() ) {
+      constexpr size_t listable = 20;
+      return all.size() > listable ? "status without a name shows all"
+                                   : fmt::format( "there are {}", fmt::join( all, ", " ) );
+   }
+   std::vector<std::string> nearest;
+   for ( auto it = near.begin(); it != near.end() && nearest.size() < 3; ++it ) {
+      nearest.push_back( it->second );
+   }
+   return fmt::format( "did you mean {}?", fmt::join( nearest, " or " ) );
+}
+
+} // namespace
+
+std::vector<const ObjectEntry*> choose( const Board& board, const std::vector<std::string>& patterns ) {
+   std::vector<std::string> unknown;
+   for ( auto& pattern : patterns ) {
+      auto hits = std::any_of( board.objects.begin(), board.objects.end(),
+         [&]( auto& object ) { return matches( pattern, object ); } );
+      if ( !hits ) {
+         unknown.push_back( fmt::format(
+            "the board {} has no object {}; {}", board.name, pattern, suggestion( pattern, board ) ) );
+      }
+   }
+   if ( !unknown.empty() ) {
+      throw InputError( unknown );
+   }
+   std::vector<const ObjectEntry*> chosen;
+   for ( auto& object : board.objects ) {
+      auto wanted = [&]( auto& pattern ) { return matches( pattern, object ); };
+      if ( patterns.empty() || std::any_of( patterns.begin(), patterns.end(), wanted ) ) {
+         chosen.push_back( &object );
+      }
+   }
+   return chosen;
+}

@@ -1,0 +1,22 @@
+#ifndef OUTPUT_H
+#define OUTPUT_H
+
+#include "Kind.h"
+
+#include <string>
+#include <vector>
+
+/** An object with what was read of it. */
+struct StatusLine {
+   const ObjectEntry* object;
+   Reading reading;
+};
+
+/** A table for each kind that is there, for people. */
+std::string asText( const std::vector<StatusLine>& lines, bool coloured );
+
+/** One JSON document in one line. */
+std::string asJson(
+   const std::string& board, const std::vector<StatusLine>& lines, const std::vector<std::string>& errors );
+
+#endif

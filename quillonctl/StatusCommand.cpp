@@ -1,0 +1,139 @@
+#include "StatusCommand.h"
+
+#include "EventLoop.h"
+#include "Host.h"
+#include "Names.h"
+#include "Output.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace {
+
+bool colourIsWelcome() {
+   auto refusal = getenv( "NO_COLOR" );
+   return isatty( STDOUT_FILENO ) && ( !refusal || !*refusal );
+}
+
+/** Writes a round as a whole, so that no reader ever sees half of one. */
+void write( const std::string& text ) {
+   if ( fwrite( text.data(), 1, text.size(), stdout ) != text.size() || fflush( stdout ) != 0 ) {
+      throw std::system_error( errno, std::generic_category(), "cannot write the output" );
+   }
+}
+
+class StatusCommand {
+public:
+   StatusCommand( const Options& options, const StatusOptions& status )
+      : options_( options )
+      , status_( status )
+      , board_( Board::load( options.board ) )
+      , chosen_( choose( board_, status.names ) ) {}
+
+   int run() {
+      try {
+         return Supervisor::run( [this]( auto& progress ) { return show( progress ); },
+            [this]( auto& crash ) {
+               crashes_[crash.object] = Failure { QL_STATUS_FAILED, crash.reason };
+            } );
+      } catch ( const HostError& error ) {
+         return showNothing( error );
+      }
+   }
+
+private:
+   /** In the child process. */
+   int show( Supervisor::Progress& progress ) {
+      try {
+         Host host( options_.plugin, board_, chosen_, crashes_, progress );
+         return showRounds( host, progress );
+      } catch ( const HostError& error ) {
+         return showNothing( error );
+      }
+   }
+
+   int showRounds( Host& host, Supervisor::Progress& progress ) {
+      if ( !status_.interval ) {
+         return showRound( host.read(), true ) ? exitGood : exitFailure;
+      }
+      eventLoop().catchStop();
+      auto interval = std::chrono::duration_cast<EventLoop::Clock::duration>(
+         std::chrono::duration<double>( *status_.interval ) );
+      auto next = EventLoop::Clock::now();
+      auto good = true;
+      for ( ;; ) {
+         good = showRound( host.read(), progress.rounds == 0 ) && good;
+         ++progress.rounds;
+         if ( progress.rounds == status_.count ) {
+            break;
+         }
+         // From start to start, so that the time for reading doesn't add up.
+         next = std::max( next + interval, EventLoop::Clock::now() );
+         if ( !eventLoop().runUntil( next ) ) {
+            break;
+         }
+      }
+      return good ? exitGood : exitFailure;
+   }
+
+   /** @return whether all is well */
+   bool showRound( const std::vector<Reading>& readings, bool isFirst ) {
+      std::vector<StatusLine> lines;
+      for ( size_t i = 0; i < readings.size(); ++i ) {
+         lines.push_back( { chosen_[i], readings[i] } );
+      }
+      write( options_.json ? asJson( board_.name, lines, {} )
+                           : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome() ) );
+      return complainOf( lines );
+   }
+
+   /** Tells each failure when it comes up, not again in every round. */
+   bool complainOf( const std::vector<StatusLine>& lines ) {
+      auto good = true;
+      for ( auto& [object, reading] : lines ) {
+         auto& told = told_[object];
+         auto message = reading.failure ? reading.failure->message : "";
+         if ( !message.empty() && message != told ) {
+            complain( fmt::format( "{}: {}", object->name, message ) );
+         }
+         told = message;
+         good = good && !reading.failure;
+      }
+      return good;
+   }
+
+   /** Without the library there are no readings, but a document all the same. */
+   int showNothing( const HostError& error ) {
+      complain( error.what() );
+      if ( options_.json ) {
+         std::vector<StatusLine> lines;
+         for ( auto object : chosen_ ) {
+            lines.push_back( { object, object->kind->read( nullptr, *object ) } );
+            lines.back().reading.state = "failed";
+            lines.back().reading.failure = Failure { error.status, error.what() };
+         }
+         write( asJson( board_.name, lines, {} ) );
+      }
+      return exitFailure;
+   }
+
+   const Options& options_;
+   const StatusOptions& status_;
+   const Board board_;
+   const std::vector<const ObjectEntry*> chosen_;
+   KnownFailures crashes_;
+   std::map<const ObjectEntry*, std::string> told_;
+};
+
+} // namespace
+
+int statusCommand( const Options& options, const StatusOptions& status ) {
+   return StatusCommand( options, status ).run();
+}

@@ -1,0 +1,41 @@
+#include "Kind.h"
+#include "Plugin.h"
+
+namespace {
+
+constexpr Field fields[] = {
+   { "temperature_celsius", "TEMPERATURE", "°C", 1 },
+   { "alert_celsius", "ALERT", "°C", 1 },
+   { "critical_celsius", "CRITICAL", "°C", 1 },
+};
+
+void* add( const Plugin& plugin, const ObjectEntry& object ) {
+   auto add = plugin.entry<ql_temp_sensor*( const char*, float, float )>( "ql_temp_sensor_add" );
+   return add(
+      object.args.c_str(), static_cast<float>( *object.alert ), static_cast<float>( *object.critical ) );
+}
+
+Reading read( void* record, const ObjectEntry& object ) {
+   Reading reading { { {}, object.alert, object.critical }, "failed", {} };
+   auto sensor = static_cast<ql_temp_sensor*>( record );
+   if ( !sensor ) {
+      return reading;
+   }
+   if ( !hasSlot( sensor->ops, &ql_temp_sensor_ops::get_temperature ) ) {
+      reading.failure = readFailure( "temperature", QL_STATUS_NOT_SUPPORTED );
+      return reading;
+   }
+   float degrees = 0;
+   auto status = sensor->ops->get_temperature( sensor, &degrees );
+   if ( status != QL_STATUS_OK ) {
+      reading.failure = readFailure( "temperature", status );
+      return reading;
+   }
+   reading.values.front() = degrees;
+   reading.state = degrees >= *object.critical ? "critical" : degrees >= *object.alert ? "alert" : "ok";
+   return reading;
+}
+
+} // namespace
+
+const Kind tempSensorKind = { "temp_sensor", "Temperature sensors", fields, add, read };

@@ -1,0 +1,161 @@
+#include "Board.h"
+#include "EmuCommand.h"
+#include "Errors.h"
+#include "HostServices.h"
+#include "Output.h"
+#include "StatusCommand.h"
+#include "Surroundings.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <charconv>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr const char* footer = R"(
+Exit status: 0 all is well, 1 something reported a failure, 2 wrong usage or wrong documents.
+
+Examples:
+  quillonctl --sim status                    everything, without hardware
+  quillonctl status 'in*' --interval 2       some objects, every two seconds
+  quillonctl --json status | jq .objects     for scripts
+  quillonctl emu set inlet.temperature 71.5  warms a sensor of the emulated board)";
+
+std::string besideProgram( const char* path ) {
+   return ( Surroundings::programFolder() / path ).lexically_normal().string();
+}
+
+/** What is wrong with a number of seconds, or nothing. */
+std::string wrongInterval( const std::string& text ) {
+   double seconds = 0;
+   auto end = text.data() + text.size();
+   auto [stop, error] = std::from_chars( text.data(), end, seconds );
+   auto isRight = error == std::errc() && stop == end && seconds >= 0.001 && seconds <= 86400;
+   return isRight ? "" : fmt::format( "must be a number of seconds from 0.001 to 86400, not {}", text );
+}
+
+class CommandLine {
+public:
+   CommandLine()
+      : app_( "Shows the hardware of a Selvane switch through its platform library.", "quillonctl" ) {
+      options_.board = besideProgram( "../share/quillon/boards/selvane" );
+      options_.plugin = besideProgram( "../lib/libQuillonDriversSelvane.so" );
+      app_.fallthrough();
+      app_.footer( footer );
+      app_.set_version_flag( "--version", "quillonctl " QUILLON_VERSION );
+      app_.add_option( "--board", options_.board, "Folder with topology.json and objects.json" )
+         ->type_name( "DIR" )
+         ->envname( "QUILLON_BOARD" )
+         ->default_str( options_.board );
+      app_.add_option( "--plugin", options_.plugin, "File of the platform library" )
+         ->type_name( "PATH" )
+         ->envname( "QUILLON_PLUGIN" )
+         ->default_str( options_.plugin );
+      app_.add_flag( "--sim", options_.simulation, "Simulates the hardware with files, without a server" );
+      app_.add_option( "--socket", options_.socket, "Socket of the SMBus server" )
+         ->type_name( "PATH" )
+         ->envname( "QUILLON_SMBUS_SOCKET" );
+      app_
+         .add_option(
+            "--trace", options_.traceLevel, "Shows the library's trace lines up to this level, 0 to 6" )
+         ->type_name( "LEVEL" )
+         ->check( CLI::Range( 0, 6 ) );
+      app_.add_option( "--control", control_, "Control socket of the emulated board" )
+         ->type_name( "PATH" )
+         ->envname( "QUILLON_SMBUS_CONTROL" )
+         ->capture_default_str();
+      app_.add_flag( "--json", options_.json, "Writes JSON, a document a line" );
+
+      auto status = app_.add_subcommand( "status", "Shows the objects of the board and how they are" );
+      status->add_option( "NAME", status_.names, "Objects to show; shell patterns are fine" )
+         ->type_name( "" );
+      auto interval = status->add_option( "--interval", status_.interval, "Shows them again and again" )
+                         ->type_name( "SECONDS" )
+                         ->check( CLI::Validator( wrongInterval, "" ) );
+      status->add_option( "--count", status_.count, "Ends after that many times" )
+         ->type_name( "N" )
+         ->check( CLI::Range( 1U, 1000000000U ) )
+         ->needs( interval );
+
+      emu_ = app_.add_subcommand(
+         "emu", "Gives a line to the emulated board, such as: set inlet.temperature 71.5" );
+      // What follows belongs to the board, numbers with a minus sign too.
+      emu_->prefix_command()->fallthrough( false );
+      emu_->footer(
+         "Without a line the board tells which it takes. Options of quillonctl stand before emu." );
+   }
+
+   int run( int argc, char** argv ) {
+      try {
+         app_.parse( argc, argv );
+      } catch ( const CLI::ParseError& error ) {
+         return answer( error );
+      }
+      if ( app_.get_subcommands().empty() ) {
+         return refuseUsage( "there is no command" );
+      }
+      if ( emu_->parsed() ) {
+         return emuCommand( control_, emu_->remaining(), options_.json );
+      }
+      prepare();
+      return statusCommand( options_, status_ );
+   }
+
+   /** Says why nothing could be done, in JSON too if that is asked for. */
+   int refuse( const InputError& error ) {
+      for ( auto& sentence : error.sentences ) {
+         complain( sentence );
+      }
+      if ( options_.json ) {
+         fmt::print( "{}", asJson( boardName( options_.board ), {}, error.sentences ) );
+      }
+      return exitUsage;
+   }
+
+private:
+   /** Help and version are what was asked for, everything else is a mistake. */
+   int answer( const CLI::ParseError& error ) {
+      if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::Success ) ) {
+         return app_.exit( error );
+      }
+      return refuseUsage( error.what() );
+   }
+
+   static int refuseUsage( const std::string& mistake ) {
+      complain( mistake + "; see quillonctl --help" );
+      return exitUsage;
+   }
+
+   void prepare() {
+      HostServices::showTraces( options_.traceLevel );
+      if ( options_.simulation ) {
+         Surroundings::simulate();
+      }
+      if ( !options_.socket.empty() ) {
+         setenv( "QUILLON_SMBUS_SOCKET", options_.socket.c_str(), 1 );
+      }
+   }
+
+   CLI::App app_;
+   Options options_;
+   StatusOptions status_;
+   std::string control_ = "/run/quillon/control.sock";
+   CLI::App* emu_ = nullptr;
+};
+
+} // namespace
+
+int main( int argc, char** argv ) {
+   CommandLine commandLine;
+   try {
+      return commandLine.run( argc, argv );
+   } catch ( const InputError& error ) {
+      return commandLine.refuse( error );
+   } catch ( const std::exception& error ) {
+      complain( error.what() );
+      return exitFailure;
+   }
+}
