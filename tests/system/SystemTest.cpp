@@ -1,0 +1,87 @@
+#include "SystemTest.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+SystemTest::SystemTest() {
+   auto name = ( fs::temp_directory_path() / "quillonctl-XXXXXX" ).string();
+   EXPECT_TRUE( mkdtemp( name.data() ) );
+   folder = name;
+   simulation = folder / "sim";
+   environment = { { "QUILLONLIB_SIMDIR", simulation.string() }, { "QUILLON_BOARD", {} },
+      { "QUILLON_PLUGIN", {} }, { "QUILLON_SMBUS_SOCKET", {} }, { "SIMULATION_VMID", {} },
+      { "NO_COLOR", {} } };
+}
+
+SystemTest::~SystemTest() { fs::remove_all( folder ); }
+
+namespace {
+
+Process::Arguments commandOf( Process::Arguments arguments ) {
+   arguments.insert( arguments.begin(), QUILLONCTL );
+   return arguments;
+}
+
+} // namespace
+
+Result SystemTest::run( const Process::Arguments& arguments ) const { return start( arguments ).wait(); }
+
+Result SystemTest::runOnTerminal( const Process::Arguments& arguments ) const {
+   return Process( commandOf( arguments ), environment, Process::Output::Terminal ).wait();
+}
+
+Process SystemTest::start( const Process::Arguments& arguments ) const {
+   return Process( commandOf( arguments ), environment );
+}
+
+void SystemTest::write( const std::string& file, const std::string& text ) const {
+   auto path = folder / file;
+   fs::create_directories( path.parent_path() );
+   std::ofstream( path, std::ios::binary ) << text;
+}
+
+std::string SystemTest::read( const std::string& file ) const {
+   std::ostringstream text;
+   text << std::ifstream( folder / file, std::ios::binary ).rdbuf();
+   return text.str();
+}
+
+std::string SystemTest::boardWith( const std::string& objects ) const {
+   std::string devices = R"({ "did": 9, "label": "CpuCpld", "driver": null, "address": { "address": 48 } })";
+   for ( auto did = 1; did <= 5; ++did ) {
+      devices += fmt::format( ",\n{{ \"did\": {} }}", did );
+   }
+   write( "bench/topology.json",
+      fmt::format( "[ {{ \"type\": \"I2C\", \"id\": 3, \"ham\": \"QuillonSmbus\", \"devices\": [\n{} ] }} ]",
+         devices ) );
+   write( "bench/objects.json", "{ \"objects\": [\n" + objects + "\n] }" );
+   return ( folder / "bench" ).string();
+}
+
+void SystemTest::writeRegisters( const std::string& device, const std::string& line ) const {
+   auto file = open( ( simulation / device ).c_str(), O_RDWR );
+   ASSERT_GE( file, 0 ) << device;
+
+   struct flock lock {};
+
+   lock.l_type = F_WRLCK;
+   lock.l_whence = SEEK_SET;
+   ASSERT_EQ( fcntl( file, F_SETLKW, &lock ), 0 );
+   ASSERT_EQ( pwrite( file, line.data(), line.size(), 0 ), static_cast<ssize_t>( line.size() ) );
+   close( file ); // gives the lock back
+}
+
+std::string sensor( const std::string& name, int did, const std::string& more ) {
+   return fmt::format(
+      R"({{ "kind": "temp_sensor", "name": "{0}", "alert": 45, "critical": 55, )"
+      R"("args": {{ "did": {1}, "driver": "PCT2075", "address": {{ "address": 72 }}, "name": "{0}"{2} }} }})",
+      name, did, more );
+}

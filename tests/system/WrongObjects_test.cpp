@@ -1,0 +1,191 @@
+#include "Documents.h"
+
+INSTANTIATE_TEST_SUITE_P( Objects, WrongDocument,
+   ::testing::ValuesIn( std::vector<Row> {
+      { "RootArray", objects( "[]" ), { "objects.json:1:1: must be an object, not an array" } },
+      { "WithoutObjects", objects( "{}" ), { R"(objects.json:1:1: lacks the key "objects")" } },
+      { "UnknownRootKey", objects( R"({ "objects": [], "objcts": [] })" ),
+         { R"(objects.json:1:18: /objcts: unknown key; the keys here are "$schema", "objects")" } },
+      { "NoArray", objects( R"({ "objects": {} })" ),
+         { "objects.json:1:14: /objects: must be an array, not an object" } },
+      { "SchemaNoText", objects( R"({ "$schema": 1, "objects": [] })" ),
+         { "objects.json:1:14: /$schema: must be a string, not 1" } },
+      { "NoObject", object( "1" ), { "objects.json:2:1: /objects/0: must be an object, not 1" } },
+      { "WithoutKind", object( R"({ "name": "a" })" ),
+         { R"(objects.json:2:1: /objects/0: lacks the key "kind")" } },
+      { "UnknownKind", object( R"({ "kind": "sensor", "name": "a" })" ),
+         { R"(objects.json:2:11: /objects/0/kind: must be one of "temp_sensor", "fan", "psu", "led", "slot", "xcvr", "gpio", "poe_port", "system", not "sensor")" } },
+      { "WithoutNameAndArgs", object( R"({ "kind": "psu" })" ),
+         { R"(objects.json:2:1: /objects/0: lacks the keys "name", "args")" } },
+      { "NameNumber", object( R"({ "kind": "psu", "name": 1, "args": {} })" ),
+         { "objects.json:2:26: /objects/0/name: must be a name of letters, digits and _ . : / -, beginning "
+           "with a letter or digit, not 1" } },
+      { "NameEmpty", object( R"({ "kind": "system", "name": "" })" ),
+         { R"(objects.json:2:29: /objects/0/name: must be a name of letters, digits and _ . : / -, beginning with a letter or digit, not "")" } },
+      { "NameWithBlank", object( R"({ "kind": "system", "name": "a b" })" ),
+         { R"(objects.json:2:29: /objects/0/name: must be a name of letters, digits and _ . : / -, beginning with a letter or digit, not "a b")" } },
+      { "NameWithPattern", object( R"({ "kind": "system", "name": "a*" })" ),
+         { R"(objects.json:2:29: /objects/0/name: must be a name of letters, digits and _ . : / -, beginning with a letter or digit, not "a*")" } },
+      { "NameWithZero", object( R"({ "kind": "system", "name": "a\u0000" })" ),
+         { R"(objects.json:2:29: /objects/0/name: must not hold the character \u0000)" } },
+      { "NameTwice", object( R"({ "kind": "system", "name": "a" },
+{ "kind": "system", "name": "a" })" ),
+         { "objects.json:3:29: /objects/1/name: an object before has this name" } },
+      { "UnknownKey", object( R"({ "kind": "system", "name": "a", "alerts": 1 })" ),
+         { R"(objects.json:2:34: /objects/0/alerts: unknown key; the keys here are "kind", "name", "args")" } },
+      { "ThresholdOfAnotherKind",
+         object(
+            R"({ "kind": "psu", "name": "a", "alert": 1, "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:31: /objects/0/alert: unknown key; the keys here are "kind", "name", "args")" } },
+      { "WithoutThresholds",
+         object(
+            R"({ "kind": "temp_sensor", "name": "a", "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:1: /objects/0: lacks the keys "alert", "critical")" } },
+      { "AlertText",
+         object(
+            R"({ "kind": "temp_sensor", "name": "a", "alert": "45", "critical": 55, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:48: /objects/0/alert: must be a number from -128 to 127.5, not "45")" } },
+      { "CriticalTooHigh",
+         object(
+            R"({ "kind": "temp_sensor", "name": "a", "alert": 45, "critical": 128, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
+         { "objects.json:2:64: /objects/0/critical: must be a number from -128 to 127.5, not 128" } },
+      { "AlertTooLow",
+         object(
+            R"({ "kind": "temp_sensor", "name": "a", "alert": -128.5, "critical": 55, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
+         { "objects.json:2:48: /objects/0/alert: must be a number from -128 to 127.5, not -128.5" } },
+      { "CriticalBelowAlert",
+         object(
+            R"({ "kind": "temp_sensor", "name": "a", "alert": 45.5, "critical": 45, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
+         { "objects.json:2:66: /objects/0/critical: 45 is below the alert threshold" } },
+   } ),
+   nameOf );
+
+// The argument document of an object.
+INSTANTIATE_TEST_SUITE_P( ObjectArguments, WrongDocument,
+   ::testing::ValuesIn( std::vector<Row> {
+      { "NoObject", object( R"({ "kind": "psu", "name": "a", "args": "Dummy" })" ),
+         { R"(objects.json:2:39: /objects/0/args: must be an object, not "Dummy")" } },
+      { "WithoutDid",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:39: /objects/0/args: lacks the key "did")" } },
+      { "WithoutDriver",
+         object( R"({ "kind": "psu", "name": "a", "args": { "did": 9, "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:39: /objects/0/args: lacks the key "driver")" } },
+      { "WithoutAddress",
+         object( R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy" } })" ),
+         { R"(objects.json:2:39: /objects/0/args: lacks the key "address")" } },
+      { "DidFraction",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9.5, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { "objects.json:2:48: /objects/0/args/did: must be an integer from 0 to 4294967295, not 9.5" } },
+      { "UnknownDid",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 8, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { "objects.json:2:48: /objects/0/args/did: the topology has no device 8" } },
+      { "UnknownUid",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "uid": 5, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { "objects.json:2:58: /objects/0/args/uid: the topology has no component 5" } },
+      { "NoUidButUnknownDid",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 8, "uid": 4294967295, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { "objects.json:2:48: /objects/0/args/did: the topology has no device 8" } },
+      { "UnknownDriver",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "dummy", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:61: /objects/0/args/driver: there is no driver "dummy"; the drivers are Dummy, GpioDriver, PCT2075, SelvaneXcvr, SelvanePortLed, SelvaneSystemLed, EMC2305, BCM59121)" } },
+      { "NullDriver",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": null, "address": { "address": 1 } } })" ),
+         { "objects.json:2:61: /objects/0/args/driver: must name a driver" } },
+      { "AddrSize4",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1, "addrSize": 4 } } })" ),
+         { "objects.json:2:109: /objects/0/args/address/addrSize: must be 1 or 2, not 4" } },
+      { "ProvideHam0",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "provideHam": 0 } })" ),
+         { "objects.json:2:113: /objects/0/args/provideHam: must not be 0: no driver does without access to "
+           "its device" } },
+      { "MultiDevice",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "isMultiDevice": true, "multiDeviceArgs": {} } })" ),
+         { "objects.json:2:87: /objects/0/args/isMultiDevice: must not be true: the library has no driver "
+           "for a multi-device" } },
+      { "NameNumber",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": 1 } })" ),
+         { "objects.json:2:107: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at "
+           "most 100 characters, beginning with a letter or digit, not 1" } },
+      { "NameWithSlash",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": "../a" } })" ),
+         { R"(objects.json:2:107: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "../a")" } },
+      { "SeveralMistakes",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 8, "driver": null, "address": { "address": 1, "addrSize": 3 }, "provideHam": 0 } })" ),
+         { "objects.json:2:48: /objects/0/args/did: the topology has no device 8",
+            "objects.json:2:61: /objects/0/args/driver: must name a driver",
+            "objects.json:2:106: /objects/0/args/address/addrSize: must be 1 or 2, not 3",
+            "objects.json:2:125: /objects/0/args/provideHam: must not be 0: no driver does without access to "
+            "its device" } },
+   } ),
+   nameOf );
+
+// What the kinds need beyond it.
+INSTANTIATE_TEST_SUITE_P( Kinds, WrongDocument,
+   ::testing::ValuesIn( std::vector<Row> {
+      { "XcvrWithoutDriverArgs",
+         object(
+            R"({ "kind": "xcvr", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:40: /objects/0/args: lacks the key "driverArgs")" } },
+      { "XcvrDriverArgsNull",
+         object(
+            R"({ "kind": "xcvr", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": null } })" ),
+         { "objects.json:2:114: /objects/0/args/driverArgs: must be an object, not null" } },
+      { "XcvrWithoutId",
+         object(
+            R"({ "kind": "xcvr", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "type": "sfp" } } })" ),
+         { R"(objects.json:2:114: /objects/0/args/driverArgs: lacks the key "id")" } },
+      { "XcvrIdNull",
+         object(
+            R"({ "kind": "xcvr", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "id": null, "type": "sfp" } } })" ),
+         { "objects.json:2:122: /objects/0/args/driverArgs/id: must be a whole number, or a text of its "
+           "digits, not null" } },
+      { "XcvrTypeUnknown",
+         object(
+            R"({ "kind": "xcvr", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "id": 1, "type": "SFP" } } })" ),
+         { R"(objects.json:2:133: /objects/0/args/driverArgs/type: must be one of "sfp", "sfp+", "qsfp", "qsfp+", "qsfpDd", "qsfpCmis", not "SFP")" } },
+      { "GpioWithoutBit",
+         object(
+            R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1 } } })" ),
+         { R"(objects.json:2:114: /objects/0/args/driverArgs: lacks the key "bitpos")" } },
+      { "GpioRegisterHexadecimal",
+         object(
+            R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": "0x10", "bitpos": 1 } } })" ),
+         { R"(objects.json:2:128: /objects/0/args/driverArgs/register: must be a whole number, or a text of its digits, not "0x10")" } },
+      { "FanIdTooHigh",
+         object(
+            R"({ "kind": "fan", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": 6, "maxRpm": 20000, "registerOffset": 0 } } })" ),
+         { "objects.json:2:124: /objects/0/args/driverArgs/fanId: must be a fan number from 1 to 5, not "
+           "6" } },
+      { "FanIdTextTooHigh",
+         object(
+            R"({ "kind": "fan", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": "6", "maxRpm": 20000, "registerOffset": 0 } } })" ),
+         { R"(objects.json:2:124: /objects/0/args/driverArgs/fanId: must be a fan number from 1 to 5, not "6")" } },
+      { "FanMaxRpm0",
+         object(
+            R"({ "kind": "fan", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": 1, "maxRpm": 0, "registerOffset": 0 } } })" ),
+         { "objects.json:2:137: /objects/0/args/driverArgs/maxRpm: must be a whole number above 0, or a text "
+           "of its digits, not 0" } },
+      { "FanWithoutOffset",
+         object(
+            R"({ "kind": "fan", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": 1, "maxRpm": 1 } } })" ),
+         { R"(objects.json:2:113: /objects/0/args/driverArgs: lacks the key "registerOffset")" } },
+      { "SlotWithoutMaxRpm",
+         object(
+            R"({ "kind": "slot", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": 1, "modelName": "", "serialNum": "", "airflowDirection": "" } } })" ),
+         { R"(objects.json:2:114: /objects/0/args/driverArgs: lacks the key "maxRpm")" } },
+   } ),
+   nameOf );
