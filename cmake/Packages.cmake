@@ -7,3 +7,6 @@ find_package( RapidJSON REQUIRED )
 
 add_library( rapidjson INTERFACE )
 target_include_directories( rapidjson SYSTEM INTERFACE ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} )
+
+find_package( PkgConfig REQUIRED )
+pkg_check_modules( systemd REQUIRED IMPORTED_TARGET libsystemd )

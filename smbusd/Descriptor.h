@@ -1,0 +1,40 @@
+#ifndef SMBUSD_DESCRIPTOR_H
+#define SMBUSD_DESCRIPTOR_H
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace Smbusd {
+
+/** A file descriptor that is closed with its owner. */
+class Descriptor {
+public:
+   Descriptor() = default;
+
+   explicit Descriptor( int fd ) : fd_( fd ) {}
+
+   Descriptor( Descriptor&& other ) noexcept : fd_( std::exchange( other.fd_, -1 ) ) {}
+
+   Descriptor& operator=( Descriptor&& other ) noexcept {
+      std::swap( fd_, other.fd_ );
+      return *this;
+   }
+
+   ~Descriptor() {
+      if ( fd_ >= 0 ) {
+         close( fd_ );
+      }
+   }
+
+   int get() const { return fd_; }
+
+   explicit operator bool() const { return fd_ >= 0; }
+
+private:
+   int fd_ = -1;
+};
+
+} // namespace Smbusd
+
+#endif

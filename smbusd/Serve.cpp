@@ -1,0 +1,77 @@
+#include "Serve.h"
+
+#include "EmulatedBackend.h"
+#include "EventLoop.h"
+#include "I2cDev/AdapterBackend.h"
+#include "Log.h"
+#include "Scheduler.h"
+#include "Server.h"
+#include "StopSignals.h"
+
+#include "emulator/BoardFile.h"
+
+#include <systemd/sd-daemon.h>
+
+#include <csignal>
+#include <exception>
+#include <filesystem>
+
+namespace Smbusd {
+
+namespace {
+
+void runLoop( EventLoop& loop, const Options& options ) {
+   Log::info( "serving {}", options.socket );
+   sd_notifyf( 0, "READY=1\nSTATUS=Serving %s", options.socket.c_str() );
+   loop.run();
+   sd_notify( 0, "STOPPING=1" );
+}
+
+// The order in both: a server goes first, and its sockets with it; then a backend, which waits for transfers
+// under way; then the transactions that these have come from.
+
+void serveBoard( EventLoop& loop, const Options& options ) {
+   Scheduler scheduler( loop );
+   auto board = Emulator::loadBoard( std::filesystem::path( options.emulate ) / "emulator.json" );
+   EmulatedBackend backend( loop, board );
+   Server server( loop );
+   server.serveBusses( options.socket, backend, scheduler );
+   if ( !options.control.empty() ) {
+      server.serveControl( options.control, board );
+   }
+   runLoop( loop, options );
+}
+
+void serveAdapters( EventLoop& loop, const Options& options ) {
+   Scheduler scheduler( loop );
+   I2cDev::RealKernel kernel;
+   I2cDev::AdapterBackend backend( loop, kernel, I2cDev::loadMap( options.i2cMap ) );
+   Server server( loop );
+   server.serveBusses( options.socket, backend, scheduler );
+   runLoop( loop, options );
+}
+
+} // namespace
+
+int serve( const Options& options ) {
+   Log::threshold = options.logLevel;
+   // Whoever reads the log may go away; the server stays.
+   std::signal( SIGPIPE, SIG_IGN );
+   try {
+      EventLoop loop;
+      StopSignals signals( loop );
+      options.emulate.empty() ? serveAdapters( loop, options ) : serveBoard( loop, options );
+      return 0;
+   } catch ( const Emulator::BoardFileError& error ) {
+      Log::error( "{}", error.what() );
+      return usageError;
+   } catch ( const I2cDev::MapFileError& error ) {
+      Log::error( "{}", error.what() );
+      return usageError;
+   } catch ( const std::exception& error ) {
+      Log::error( "{}", error.what() );
+      return 1;
+   }
+}
+
+} // namespace Smbusd

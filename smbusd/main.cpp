@@ -1,0 +1,10 @@
+#include "CommandLine.h"
+#include "Serve.h"
+
+#include <variant>
+
+int main( int argc, char** argv ) {
+   auto parsed = Smbusd::parseCommandLine( argc, argv );
+   auto options = std::get_if<Smbusd::Options>( &parsed );
+   return options ? Smbusd::serve( *options ) : std::get<int>( parsed );
+}

@@ -1,0 +1,170 @@
+#include "smbusd/Scheduler.h"
+
+#include "SmbusdFakes.h"
+
+using namespace Smbusd;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+/** Transactions that each read from chips, told by the numbers of their busses. Their chips count from 0x10.
+ */
+class SmbusdScheduler : public testing::Test {
+protected:
+   /** Hands over a transaction that reads from these busses. */
+   void submit( const std::vector<uint8_t>& busses ) {
+      Smbus::TransactionRequest message;
+      for ( auto number : busses ) {
+         addRequest( message, Smbus::READ, addressWord( nextChip_, number ), 1 );
+      }
+      auto transaction = std::make_shared<Transaction>();
+      ASSERT_TRUE( transaction->parse( serialised( message ) ) );
+      ASSERT_TRUE( transaction->plan( backend ) );
+      scheduler.run( transaction, [this, chip = nextChip_] { ended.push_back( chip ); } );
+      ++nextChip_;
+   }
+
+   void run( const std::vector<uint8_t>& busses ) {
+      submit( busses );
+      settle();
+   }
+
+   /** Lets what was put off run. */
+   void settle() {
+      for ( int i = 0; i < 3; ++i ) {
+         loop.post( [] {} );
+         loop.runOnce();
+      }
+   }
+
+   EventLoop loop;
+   FakeBackend backend;
+   FakeBus& three = backend.make( 3 );
+   FakeBus& five = backend.make( 5 );
+   Scheduler scheduler { loop };
+   /** The chips of the transactions that have ended. */
+   std::vector<int> ended;
+
+private:
+   uint8_t nextChip_ = 0x10;
+};
+
+} // namespace
+
+TEST_F( SmbusdScheduler, RunsATransactionOnAnIdleBusAtOnce ) {
+   submit( { 3 } );
+   EXPECT_THAT( ended, ElementsAre( 0x10 ) );
+}
+
+TEST_F( SmbusdScheduler, RunsATransactionWithoutBusses ) {
+   submit( {} );
+   EXPECT_THAT( ended, ElementsAre( 0x10 ) );
+}
+
+TEST_F( SmbusdScheduler, RunsOneTransactionAtATimeOnABus ) {
+   three.holding = true;
+   run( { 3, 3 } );
+   run( { 3 } );
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00" ) );
+   three.release();
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x10 reg 0x00" ) );
+   three.release();
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x10 reg 0x00", "0x11 reg 0x00" ) );
+}
+
+TEST_F( SmbusdScheduler, RunsTransactionsOfABusInOrderOfArrival ) {
+   three.holding = true;
+   for ( int i = 0; i < 4; ++i ) {
+      run( { 3 } );
+   }
+   for ( int i = 0; i < 4; ++i ) {
+      ASSERT_TRUE( three.holds() );
+      three.release();
+      settle();
+   }
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11, 0x12, 0x13 ) );
+}
+
+TEST_F( SmbusdScheduler, LetsNoNewcomerPassOneThatIsAboutToStart ) {
+   three.holding = true;
+   run( { 3 } );
+   run( { 3 } );
+   three.release();
+   submit( { 3 } );
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x11 reg 0x00" ) );
+}
+
+TEST_F( SmbusdScheduler, RunsTransactionsOfDifferentBussesSideBySide ) {
+   three.holding = true;
+   run( { 3 } );
+   run( { 5 } );
+   EXPECT_THAT( ended, ElementsAre( 0x11 ) );
+}
+
+TEST_F( SmbusdScheduler, StartsATransactionWhenItHasAllItsBusses ) {
+   three.holding = five.holding = true;
+   run( { 3 } );
+   run( { 5 } );
+   run( { 3, 5 } );
+   three.release();
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00" ) );
+   five.release();
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x12 reg 0x00" ) );
+   EXPECT_THAT( five.log, ElementsAre( "0x11 reg 0x00" ) );
+}
+
+TEST_F( SmbusdScheduler, HoldsAllBussesOfATransactionToItsEnd ) {
+   three.holding = true;
+   run( { 5, 3 } );
+   run( { 5 } );
+   EXPECT_THAT( five.log, ElementsAre( "0x10 reg 0x00" ) );
+   EXPECT_THAT( ended, IsEmpty() );
+   three.release();
+   settle();
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
+}
+
+TEST_F( SmbusdScheduler, NeverLetsTwoTransactionsWaitForEachOther ) {
+   three.holding = five.holding = true;
+   run( { 3 } );
+   run( { 3, 5 } );
+   run( { 5, 3 } );
+   for ( int i = 0; i < 5; ++i ) {
+      for ( auto bus : { &three, &five } ) {
+         if ( bus->holds() ) {
+            bus->release();
+         }
+         settle();
+      }
+   }
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11, 0x12 ) );
+}
+
+TEST_F( SmbusdScheduler, CarriesOnAfterATransactionThatFails ) {
+   three.holding = true;
+   three.outcomes.assign( 3, { I2c::Result::TimedOut } );
+   run( { 3 } );
+   run( { 3 } );
+   for ( int i = 0; i < 4; ++i ) {
+      three.release();
+      settle();
+   }
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
+}
+
+TEST_F( SmbusdScheduler, RunsALongQueueWithoutDeepRecursion ) {
+   three.holding = true;
+   run( { 3 } );
+   three.holding = false;
+   for ( int i = 0; i < 20000; ++i ) {
+      submit( { 3 } );
+   }
+   three.release();
+   EXPECT_TRUE( runUntil( loop, [this] { return ended.size() == 20001; } ) );
+}
