@@ -1,0 +1,245 @@
+// Everything together: quillonctl, the library, the socket, the server and the emulated chips.
+
+#include "SystemTest.h"
+
+#include <rapidjson/document.h>
+
+#include <csignal>
+
+#include <chrono>
+#include <memory>
+#include <ostream>
+#include <thread>
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+std::string serverProgram() { return std::filesystem::path( QUILLONCTL ).parent_path() / "quillon-smbusd"; }
+
+/** quillonctl before the emulated board of a switch. */
+class Stack : public SystemTest {
+protected:
+   Stack() {
+      environment["QUILLON_SMBUS_SOCKET"] = folder / "smbus.sock";
+      environment["QUILLON_SMBUS_CONTROL"] = folder / "control.sock";
+      startServer();
+   }
+
+   void startServer() {
+      server.reset();
+      std::filesystem::remove( folder / "control.sock" );
+      server =
+         std::make_unique<Process>( Process::Arguments { serverProgram(), "--emulate", BOARDS "/selvane",
+                                       "--control", folder / "control.sock", "--log-level", "warning" },
+            environment );
+      while ( !std::filesystem::exists( folder / "control.sock" ) ) {
+         std::this_thread::sleep_for( std::chrono::milliseconds( 2 ) );
+      }
+   }
+
+   /** A line for the emulated board, in words. */
+   Result emu( const Process::Arguments& words ) {
+      Process::Arguments arguments = { "emu" };
+      arguments.insert( arguments.end(), words.begin(), words.end() );
+      return run( arguments );
+   }
+
+   std::unique_ptr<Process> server;
+};
+
+/** What a JSON line says of its only object. */
+struct Reading {
+   std::string state;
+   double degrees = 0;
+   std::string status;
+   std::string message;
+};
+
+Reading readingOf( const std::string& line ) {
+   rapidjson::Document document;
+   document.Parse( line.c_str() );
+   if ( document.HasParseError() ) {
+      ADD_FAILURE() << "no JSON: " << line;
+      return {};
+   }
+   auto& object = document["objects"][0];
+   Reading reading;
+   reading.state = object["state"].GetString();
+   if ( object["temperature_celsius"].IsNumber() ) {
+      reading.degrees = object["temperature_celsius"].GetDouble();
+   }
+   if ( object["error"].IsObject() ) {
+      reading.status = object["error"]["status"].GetString();
+      reading.message = object["error"]["message"].GetString();
+   }
+   return reading;
+}
+
+/** Lines of a process until one fits; fails the test when none does in 200 lines. */
+Reading awaitReading( Process& process, const std::function<bool( const Reading& )>& fits ) {
+   for ( int i = 0; i < 200; ++i ) {
+      auto line = process.readLine();
+      if ( !line ) {
+         break;
+      }
+      auto reading = readingOf( *line );
+      if ( fits( reading ) ) {
+         return reading;
+      }
+   }
+   ADD_FAILURE() << "no such reading came";
+   return {};
+}
+
+} // namespace
+
+TEST_F( Stack, ShowsTheTemperaturesOfTheEmulatedChips ) {
+   auto result = run( { "status" } );
+
+   EXPECT_EQ( result.out, "Temperature sensors\n"
+                          "NAME    TEMPERATURE    ALERT  CRITICAL  STATUS\n"
+                          "inlet       24.5 °C  45.0 °C   55.0 °C  ok\n"
+                          "outlet      35.1 °C  60.0 °C   70.0 °C  ok\n"
+                          "asic        58.3 °C  85.0 °C   95.0 °C  ok\n"
+                          "poe         41.0 °C  75.0 °C   85.0 °C  ok\n" );
+   EXPECT_EQ( result.err, "" );
+   EXPECT_EQ( result.exitStatus, 0 );
+}
+
+TEST_F( Stack, MarksASensorPastItsThresholds ) {
+   EXPECT_EQ( emu( { "set", "inlet.temperature", "47.5" } ).exitStatus, 0 );
+   EXPECT_THAT(
+      run( { "status", "inlet" } ).out, HasSubstr( "inlet      47.5 °C  45.0 °C   55.0 °C  alert\n" ) );
+   EXPECT_EQ( emu( { "set", "inlet.temperature", "55" } ).exitStatus, 0 );
+   auto result = run( { "status", "inlet" } );
+   EXPECT_THAT( result.out, HasSubstr( "critical\n" ) );
+   EXPECT_EQ( result.exitStatus, 0 ) << "a hot sensor is no failure of a reading";
+}
+
+TEST_F( Stack, ShowsDegreesBelowZero ) {
+   emu( { "set", "inlet.temperature", "-5.25" } );
+   EXPECT_THAT( run( { "status", "inlet" } ).out, HasSubstr( "inlet      -5.3 °C" ) );
+}
+
+TEST_F( Stack, WritesTheThresholdsIntoTheChips ) {
+   run( { "status" } );
+   EXPECT_EQ( emu( { "get", "inlet" } ).out, "temperature=24.5 os=0 thyst=45 tos=55\n" );
+   EXPECT_EQ( emu( { "get", "asic" } ).out, "temperature=58.25 os=0 thyst=85 tos=95\n" );
+}
+
+struct FaultRow {
+   const char* fault;
+   const char* words;
+};
+
+TEST_F( Stack, TellsWhatIsWrongWithAChipAndShowsTheOthers ) {
+   const FaultRow rows[] = {
+      { "nack", "request 1: i2c-3 0x49 reg 0x02: no acknowledge" },
+      { "busy", "request 1: i2c-3 0x49 reg 0x02: bus busy" },
+      { "arbitration", "request 1: i2c-3 0x49 reg 0x02: arbitration lost" },
+   };
+   for ( auto& row : rows ) {
+      emu( { "fault", "outlet", row.fault } );
+      auto result = run( { "status" } );
+      EXPECT_EQ( result.exitStatus, 1 ) << row.fault;
+      EXPECT_THAT( result.err, HasSubstr( row.words ) );
+      EXPECT_THAT( result.out, HasSubstr( "outlet            -  60.0 °C   70.0 °C  FAILED\n" ) );
+      EXPECT_THAT( result.out, HasSubstr( "inlet       24.5 °C" ) );
+      EXPECT_THAT( result.out, HasSubstr( "poe         41.0 °C" ) );
+      emu( { "fault", "outlet", "clear" } );
+   }
+}
+
+TEST_F( Stack, ShowsAFaultThatComesAndGoesWhileItWatches ) {
+   const FaultRow rows[] = {
+      { "nack", "no acknowledge" },
+      { "hang 10ms", "timed out" },
+   };
+   auto watch = start( { "--json", "status", "inlet", "--interval", "0.02" } );
+   for ( auto& row : rows ) {
+      awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } );
+      emu( { "fault", "inlet", row.fault } );
+      auto failed = awaitReading( watch, []( auto& reading ) { return reading.state == "failed"; } );
+      EXPECT_EQ( failed.status, "QL_STATUS_FAILED" );
+      EXPECT_THAT( failed.message, EndsWith( row.words ) );
+      emu( { "fault", "inlet", "clear" } );
+   }
+   EXPECT_EQ( awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } ).degrees, 24.5 );
+   watch.send( SIGINT );
+   EXPECT_EQ( watch.wait().signal, 0 );
+}
+
+TEST_F( Stack, HidesFewFaultsBehindTheServersRetries ) {
+   run( { "status", "inlet" } );
+   emu( { "fault", "inlet", "nack", "2" } );
+   EXPECT_EQ( run( { "status", "inlet" } ).exitStatus, 0 );
+}
+
+TEST_F( Stack, ReadsAWrongValueFromACorruptByte ) {
+   auto watch = start( { "--json", "status", "inlet", "--interval", "0.02" } );
+   awaitReading( watch, []( auto& reading ) { return reading.degrees == 24.5; } );
+   emu( { "fault", "inlet", "corrupt" } );
+   // Bit 7 of the first byte is the sign: 0x1880 becomes 0x9880.
+   EXPECT_EQ(
+      awaitReading( watch, []( auto& reading ) { return reading.degrees != 24.5; } ).degrees, -103.5 );
+   watch.send( SIGINT );
+   watch.wait();
+}
+
+TEST_F( Stack, GivesUpOnASlowChipWhenItsTimeIsOver ) {
+   environment["QUILLON_SMBUS_TIMEOUT_MS"] = "100";
+   auto watch = start( { "--json", "status", "inlet", "--interval", "0.02" } );
+   awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } );
+   emu( { "fault", "inlet", "slow", "400ms", "1" } );
+   auto failed = awaitReading( watch, []( auto& reading ) { return reading.state == "failed"; } );
+   EXPECT_EQ( failed.status, "QL_STATUS_IO_ERROR" );
+   EXPECT_THAT( failed.message, HasSubstr( "Connection timed out" ) );
+   // The late answer belongs to a connection that is gone.
+   EXPECT_EQ( awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } ).degrees, 24.5 );
+   watch.send( SIGINT );
+   watch.wait();
+}
+
+TEST_F( Stack, GoesOnAfterTheServerHasBeenKilledAndStartedAgain ) {
+   auto watch = start( { "--json", "status", "inlet", "--interval", "0.02" } );
+   for ( int round = 0; round < 3; ++round ) {
+      awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } );
+      server->send( SIGKILL );
+      auto failed = awaitReading( watch, []( auto& reading ) { return reading.state == "failed"; } );
+      EXPECT_EQ( failed.status, "QL_STATUS_IO_ERROR" );
+      startServer();
+   }
+   EXPECT_EQ( awaitReading( watch, []( auto& reading ) { return reading.state == "ok"; } ).degrees, 24.5 );
+   watch.send( SIGINT );
+   watch.wait();
+}
+
+TEST_F( Stack, TalksToTheEmulatedBoard ) {
+   EXPECT_EQ( emu( { "get", "inlet.temperature" } ).out, "24.5\n" );
+   EXPECT_EQ( run( { "--json", "emu", "get", "inlet.temperature" } ).out, "{\"answer\":\"24.5\"}\n" );
+   EXPECT_THAT( emu( {} ).out, HasSubstr( "list" ) );
+}
+
+TEST_F( Stack, PassesOnWhatTheEmulatedBoardDoesNotUnderstand ) {
+   auto result = emu( { "set", "inlt.temperature", "-5" } );
+   EXPECT_EQ( result.exitStatus, 1 );
+   EXPECT_EQ( result.err, "quillonctl: no chip inlt; did you mean inlet?\n" );
+   EXPECT_EQ( result.out, "" );
+   result = run( { "--json", "emu", "nonsense" } );
+   EXPECT_EQ( result.exitStatus, 1 );
+   EXPECT_EQ( result.out, "{\"error\":\"no command nonsense\"}\n" );
+   EXPECT_EQ( emu( { "two\nlines" } ).exitStatus, 2 );
+}
+
+TEST_F( Stack, SaysWhatToDoWhenThereIsNoEmulatedBoard ) {
+   server->send( SIGTERM );
+   EXPECT_EQ( server->wait().exitStatus, 0 );
+   auto result = emu( { "list" } );
+   EXPECT_EQ( result.exitStatus, 1 );
+   EXPECT_THAT( result.err, HasSubstr( "no emulated board at " ) );
+   EXPECT_THAT( result.err, HasSubstr( "start quillon-smbusd with --emulate and --control" ) );
+}
