@@ -6,6 +6,7 @@
 // Options of Google Benchmark are taken too.
 
 #include "Benchmarks.h"
+#include "Report.h"
 
 #include "quillon/ql.h"
 
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <map>
 #include <string_view>
 
 // A host that drops every trace.
@@ -28,61 +28,6 @@ int ql_timer_set( ql_timer*, uint32_t ) { return -1; }
 void ql_timer_delete( ql_timer* ) {}
 
 namespace {
-
-/** Keeps the time of each benchmark: the best of its repetitions, the one that was disturbed least. */
-class Times : public benchmark::ConsoleReporter {
-public:
-   void ReportRuns( const std::vector<Run>& runs ) override {
-      ConsoleReporter::ReportRuns( runs );
-      for ( auto& run : runs ) {
-         failed |= run.error_occurred;
-         if ( run.error_occurred || run.run_type != Run::RT_Iteration ) {
-            continue;
-         }
-         auto seconds = run.cpu_accumulated_time / static_cast<double>( run.iterations );
-         auto [best, isNew] = seconds_.try_emplace( run.run_name.function_name, seconds );
-         best->second = isNew ? seconds : std::min( best->second, seconds );
-      }
-   }
-
-   /** Null for a benchmark that has not run. */
-   const double* secondsOf( const std::string& name ) const {
-      auto best = seconds_.find( name );
-      return best == seconds_.end() ? nullptr : &best->second;
-   }
-
-   bool failed = false;
-
-private:
-   std::map<std::string, double> seconds_;
-};
-
-std::string inMicroseconds( const double* seconds ) {
-   return seconds ? fmt::format( "{:.1f} us", *seconds * 1e6 ) : "-";
-}
-
-void printTable( const std::vector<Comparison>& comparisons, const Times& times ) {
-   constexpr auto row = "{:<36}{:>14}{:>14}{:>8}{:>8}  {}\n";
-   fmt::print( "\n" );
-   fmt::print( row, "name", "time", "baseline", "ratio", "wanted", "verdict" );
-   for ( auto& comparison : comparisons ) {
-      auto time = times.secondsOf( comparison.name );
-      if ( !time ) {
-         continue;
-      }
-      auto baseline = times.secondsOf( comparison.baseline );
-      std::string ratio = "-", wanted = "-", verdict = "-";
-      if ( baseline ) {
-         ratio = fmt::format( "{:.2f}", *time / *baseline );
-      }
-      if ( baseline && comparison.wanted ) {
-         wanted = fmt::format( "{:.2f}", *comparison.wanted );
-         verdict = *time / *baseline <= *comparison.wanted ? "good" : "too slow";
-      }
-      fmt::print(
-         row, comparison.name, inMicroseconds( time ), inMicroseconds( baseline ), ratio, wanted, verdict );
-   }
-}
 
 /** Takes an option of ours out of the arguments. */
 bool takeOption( int& argc, char** argv, std::string_view option ) {
@@ -119,7 +64,7 @@ int main( int argc, char** argv ) {
    }
    add( registerSimulationBenchmarks( smoke ? 10 : 1000 ) );
 
-   Times times;
+   Times times( Times::Clock::Processor );
    auto count = benchmark::RunSpecifiedBenchmarks( &times );
    std::filesystem::remove_all( directory );
    printTable( comparisons, times );

@@ -20,7 +20,7 @@ using testing::ElementsAre;
 
 /** A Ham lives until the process ends. */
 QuillonSmbusHam* keep( Ham::Ham* ham ) {
-   static std::vector<Ham::Ham*> kept;
+   static auto& kept = *new std::vector<Ham::Ham*>;
    kept.push_back( ham );
    return static_cast<QuillonSmbusHam*>( ham );
 }
@@ -92,6 +92,8 @@ struct Row {
    const char* data;
 };
 
+std::ostream& operator<<( std::ostream& stream, const Row& row ) { return stream << row.name; }
+
 class EachOperation : public QuillonSmbusHamTest, public testing::WithParamInterface<Row> {};
 
 const Row rows[] = {
@@ -123,8 +125,7 @@ const Row rows[] = {
    { "regSize0", []( auto& h ) { h.addRead8( 1, 0 ); }, 1, Smbus::READ, 1, false, false, 0, nullptr },
 };
 
-INSTANTIATE_TEST_SUITE_P(
-   QuillonSmbusHam, EachOperation, testing::ValuesIn( rows ), []( auto& row ) { return row.param.name; } );
+INSTANTIATE_TEST_SUITE_P( QuillonSmbusHam, EachOperation, testing::ValuesIn( rows ) );
 
 TEST_P( EachOperation, GoesOutWithEveryFieldOfItsRequest ) {
    auto& row = GetParam();

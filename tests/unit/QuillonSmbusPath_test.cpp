@@ -40,7 +40,7 @@ DriverArgs argsOf( uint32_t did, uint32_t uid = DriverArgs::noUid ) {
 
 /** A Ham lives until the process ends. */
 QuillonSmbusHam* keep( Ham::Ham* ham ) {
-   static std::vector<Ham::Ham*> kept;
+   static auto& kept = *new std::vector<Ham::Ham*>;
    kept.push_back( ham );
    return static_cast<QuillonSmbusHam*>( ham );
 }
@@ -82,6 +82,8 @@ struct MediumRow {
    uint32_t accelerator;
 };
 
+std::ostream& operator<<( std::ostream& stream, const MediumRow& row ) { return stream << row.name; }
+
 class EachMedium : public QuillonSmbusPath, public testing::WithParamInterface<MediumRow> {};
 
 const MediumRow media[] = {
@@ -118,8 +120,7 @@ const MediumRow media[] = {
       Smbus::CELESTICA, 0, 7, 1 },
 };
 
-INSTANTIATE_TEST_SUITE_P(
-   QuillonSmbusPath, EachMedium, testing::ValuesIn( media ), []( auto& row ) { return row.param.name; } );
+INSTANTIATE_TEST_SUITE_P( QuillonSmbusPath, EachMedium, testing::ValuesIn( media ) );
 
 TEST_P( EachMedium, SetsWhatItKnows ) {
    load( GetParam().text );

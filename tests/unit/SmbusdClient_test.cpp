@@ -185,6 +185,14 @@ TEST_F( SmbusdClient, ThatVanishesLeavesItsTransactionToRunOn ) {
    EXPECT_THAT( bus.log, ElementsAre( "0x48 reg 0x00", "0x49 reg 0x00" ) );
 }
 
+TEST_F( SmbusdClient, ThatSendsAndVanishesIsDroppedAfterItsTransaction ) {
+   send( framed( reading( 2 ) ) );
+   peer = Descriptor();
+   settle();
+   EXPECT_THAT( bus.log, ElementsAre( "0x48 reg 0x00" ) );
+   EXPECT_TRUE( ended );
+}
+
 TEST_F( SmbusdClient, ThatHasEndedItsSideStillGetsItsAnswer ) {
    bus.holding = true;
    send( framed( reading( 2 ) ) );

@@ -45,8 +45,8 @@ protected:
 };
 
 /**
- * Lets the process have no descriptor more than it has. Sanitizers need one to look at a class for the first time:
- * somebody has to be accepted before.
+ * Lets the process have no descriptor more than it has. Sanitizers need one to look at a class for the first
+ * time: somebody has to be accepted before.
  */
 class NoMoreDescriptors {
 public:
