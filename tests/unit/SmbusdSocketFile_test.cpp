@@ -2,15 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <thread>
 
 using Smbusd::Descriptor;
 using Smbusd::SocketFile;
@@ -127,6 +131,18 @@ TEST_F( SmbusdSocketFile, IsNotTakenFromAServerWhoseQueueIsFull ) {
    ASSERT_EQ( connect( waiting.get(), reinterpret_cast<sockaddr*>( &address ), sizeof( address ) ), 0 );
    EXPECT_EQ(
       refusal( path ), path.string() + ": already served; stop the other server, or choose another socket" );
+}
+
+TEST_F( SmbusdSocketFile, WaitsWhileAnotherServerIsAboutToPutItsOwnThere ) {
+   Descriptor lock( open( directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC ) );
+   ASSERT_EQ( flock( lock.get(), LOCK_EX ), 0 );
+   std::optional<SocketFile> file;
+   std::jthread server( [&] { file.emplace( path ); } );
+   std::this_thread::sleep_for( std::chrono::milliseconds( 50 ) );
+   EXPECT_FALSE( fs::exists( path ) );
+   flock( lock.get(), LOCK_UN );
+   server.join();
+   EXPECT_TRUE( canConnect() );
 }
 
 TEST_F( SmbusdSocketFile, DoesNotReplaceAFileThatIsNoSocket ) {
