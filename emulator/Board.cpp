@@ -10,6 +10,20 @@
 
 namespace Emulator {
 
+Board::Board()
+   : Board( [] { return std::chrono::nanoseconds( std::chrono::steady_clock::now().time_since_epoch() ); } ) {
+}
+
+Board::Board( Clock clock ) : clock_( std::move( clock ) ), now_( clock_() ) {}
+
+void Board::advance() {
+   auto elapsed = clock_() - now_;
+   now_ += elapsed;
+   for ( auto& place : places_ ) {
+      place.chip->advance( elapsed );
+   }
+}
+
 void Board::add( Place place ) {
    if ( find( place.name ) ) {
       throw std::invalid_argument( fmt::format( "name {} is taken", printable( place.name ) ) );
@@ -126,6 +140,7 @@ private:
 } // namespace
 
 Transfer Board::transfer( uint32_t bus, uint8_t address, std::span<I2c::Message> messages ) {
+   advance();
    for ( auto& message : messages ) {
       if ( message.kind != I2c::Message::Kind::Write ) {
          message.bytes.clear();

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -37,6 +38,13 @@ public:
       std::unique_ptr<Chip> chip;
    };
 
+   /** The time since any moment; it never goes back. */
+   using Clock = std::function<std::chrono::nanoseconds()>;
+
+   /** The machine's own clock. */
+   Board();
+   explicit Board( Clock clock );
+
    /** Throws std::invalid_argument for a name or a place that is taken. */
    void add( Place place );
 
@@ -56,9 +64,15 @@ public:
     */
    Transfer transfer( uint32_t bus, uint8_t address, std::span<I2c::Message> messages );
 
+   /** Lets all chips know how much time has passed. A transfer does so itself; the bench has to ask for it.
+    */
+   void advance();
+
    Faults faults;
 
 private:
+   Clock clock_;
+   std::chrono::nanoseconds now_;
    std::vector<Place> places_;
 };
 

@@ -1,6 +1,7 @@
 #ifndef EMULATOR_CHIP_H
 #define EMULATOR_CHIP_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -36,6 +37,12 @@ public:
 
    /** A stop condition: what a model starts when a transfer has ended, also when it has ended early. */
    virtual void stop() {}
+
+   /**
+    * So much time has passed since the last call or since power-on: what moves by itself, such as a rotor,
+    * moves now. The chip sees time only here.
+    */
+   virtual void advance( std::chrono::nanoseconds ) {}
 
    /* The bench. */
 

@@ -196,6 +196,7 @@ std::string answer( Board& board, std::string_view line ) {
 } // namespace
 
 std::string control( Board& board, std::string_view line ) {
+   board.advance();
    try {
       auto text = answer( board, line );
       return text.empty() ? "ok" : "ok " + text;

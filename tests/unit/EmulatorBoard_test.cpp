@@ -2,6 +2,7 @@
 
 #include "emulator/Board.h"
 #include "emulator/ChipFactory.h"
+#include "emulator/Control.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -11,6 +12,7 @@
 #include <stdexcept>
 
 using namespace Emulator;
+using namespace std::chrono_literals;
 using I2c::Result;
 using ::testing::ElementsAre;
 
@@ -53,6 +55,10 @@ public:
    std::string get( const std::string& ) const override { return ""; }
 
    void set( const std::string&, const std::string& ) override {}
+
+   void advance( std::chrono::nanoseconds elapsed ) override { age += elapsed; }
+
+   std::chrono::nanoseconds age {};
 };
 
 class EmulatorBoard : public ::testing::Test {
@@ -193,4 +199,34 @@ TEST( EmulatorBoardWithASensor, ReadsItsRegisterBehindARepeatedStart ) {
    std::vector<I2c::Message> messages { writing( { 0x00 } ), reading( 2 ) };
    EXPECT_EQ( board.transfer( 3, 0x48, messages ).result, Result::Ok );
    EXPECT_EQ( messages[1].bytes, ( Bytes { 0x18, 0x80 } ) );
+}
+
+TEST( EmulatorBoardWithAClock, TellsEveryChipHowMuchTimeHasPassedBeforeATransfer ) {
+   std::chrono::nanoseconds now = 5s;
+   Board board( [&] { return now; } );
+   std::vector<NotingChip*> chips;
+   for ( uint8_t address : Bytes { 0x48, 0x49 } ) {
+      auto chip = std::make_unique<NotingChip>();
+      chips.push_back( chip.get() );
+      board.add( { fmt::format( "chip{}", address ), 3, address, std::move( chip ) } );
+   }
+   now += 20ms;
+   std::vector<I2c::Message> messages { reading( 1 ) };
+   board.transfer( 3, 0x48, messages );
+   now += 3ms;
+   board.advance();
+   for ( auto chip : chips ) {
+      EXPECT_EQ( chip->age, 23ms );
+   }
+}
+
+TEST( EmulatorBoardWithAClock, TellsItBeforeALineOfTheBench ) {
+   std::chrono::nanoseconds now = 0s;
+   Board board( [&] { return now; } );
+   auto chip = std::make_unique<NotingChip>();
+   auto& noting = *chip;
+   board.add( { "noting", 3, 0x48, std::move( chip ) } );
+   now += 1s;
+   control( board, "list" );
+   EXPECT_EQ( noting.age, 1s );
 }
