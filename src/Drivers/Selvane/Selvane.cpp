@@ -2,6 +2,7 @@
 
 #include "Drivers/Drivers.h"
 #include "Drivers/Dummy.h"
+#include "Drivers/EMC2305.h"
 #include "Drivers/PCT2075.h"
 #include "Ham/Ham.h"
 #include "Ham/QuillonSmbusHam.h"
@@ -11,6 +12,7 @@ namespace Drivers {
 
 std::map<std::string, DriverFactory> drivers = {
    { "Dummy", Dummy::create },
+   { "EMC2305", EMC2305::create },
    { "GpioDriver", Dummy::create },
    { "PCT2075", PCT2075::create },
 };
