@@ -4,6 +4,7 @@
 #include "Drivers/Dummy.h"
 #include "Drivers/EMC2305.h"
 #include "Drivers/PCT2075.h"
+#include "Drivers/Selvane/SelvaneXcvr.h"
 #include "Ham/Ham.h"
 #include "Ham/QuillonSmbusHam.h"
 #include "Ham/SimHam.h"
@@ -15,6 +16,7 @@ std::map<std::string, DriverFactory> drivers = {
    { "EMC2305", EMC2305::create },
    { "GpioDriver", Dummy::create },
    { "PCT2075", PCT2075::create },
+   { "SelvaneXcvr", SelvaneXcvr::create },
 };
 
 } // namespace Drivers
