@@ -4,6 +4,8 @@
 #include "Drivers/Dummy.h"
 #include "Drivers/EMC2305.h"
 #include "Drivers/PCT2075.h"
+#include "Drivers/Selvane/SelvanePortLed.h"
+#include "Drivers/Selvane/SelvaneSystemLed.h"
 #include "Drivers/Selvane/SelvaneXcvr.h"
 #include "Ham/Ham.h"
 #include "Ham/QuillonSmbusHam.h"
@@ -16,6 +18,8 @@ std::map<std::string, DriverFactory> drivers = {
    { "EMC2305", EMC2305::create },
    { "GpioDriver", Dummy::create },
    { "PCT2075", PCT2075::create },
+   { "SelvanePortLed", SelvanePortLed::create },
+   { "SelvaneSystemLed", SelvaneSystemLed::create },
    { "SelvaneXcvr", SelvaneXcvr::create },
 };
 
