@@ -73,9 +73,13 @@ TEST_F( Kinds, NoDriverOffersAPowerSupply ) {
       { 1, "Dummy", "" },
       { 2, "GpioDriver", "" },
       { 3, "PCT2075", "" },
+      { 4, "EMC2305", "" },
+      { 5, "SelvaneXcvr", "" },
+      { 6, "SelvanePortLed", "" },
+      { 7, "SelvaneSystemLed", "" },
    };
 
-   load( { 1, 2, 3 } );
+   load( { 1, 2, 3, 4, 5, 6, 7 } );
    for ( auto& row : rows ) {
       SCOPED_TRACE( row.driver );
       EXPECT_EQ( thrownBy( plugin.psu_add, arguments( row.did, row.driver, row.members ) ),
