@@ -52,8 +52,8 @@ protected:
       snprintf( text, sizeof( text ), "%s %u/%02x reg %02x",
          Smbus::RequestType_Name( request.type() ).c_str(), bus, chip, reg );
       std::string line = text;
-      for ( unsigned char byte : request.data() ) {
-         snprintf( text, sizeof( text ), " =%02x", byte );
+      for ( auto byte : request.data() ) {
+         snprintf( text, sizeof( text ), " =%02x", static_cast<uint8_t>( byte ) );
          line += text;
       }
 
