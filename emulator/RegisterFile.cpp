@@ -72,7 +72,9 @@ uint8_t RegisterFile::next() {
    if ( !cell ) {
       return 0xFF;
    }
-   auto byte = static_cast<uint8_t>( cell->value >> shiftOf( cell->definition, byte_ ) );
+   unsigned shift = shiftOf( cell->definition, byte_ );
+   auto byte = static_cast<uint8_t>( cell->value >> shift );
+   cell->value = static_cast<uint16_t>( cell->value & ~( cell->definition.clearedByRead & 0xFFU << shift ) );
    advance( *cell );
    return byte;
 }

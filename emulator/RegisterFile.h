@@ -17,6 +17,8 @@ struct Register {
    uint16_t reset;
    /** The bits that the bus can change. A write to the others is acknowledged and ignored. */
    uint16_t writable;
+   /** The bits that are 0 after they have been read. */
+   uint16_t clearedByRead = 0;
 };
 
 /**

@@ -129,3 +129,12 @@ TEST( EmulatorRegisterFile, ResetRestoresRegistersAndPointer ) {
    EXPECT_EQ( file.get( 2 ), 0x4B7F );
    EXPECT_EQ( file.get( 4 ), 0x44 );
 }
+
+TEST( EmulatorRegisterFile, ClearsWhatAReadClearsByteByByte ) {
+   RegisterFile file( Pointer::Increments, { { 0, 2, 0x0000, 0x0000, 0xF0F0 }, { 1, 1, 0x00, 0x00 } } );
+   file.set( 0, 0x1234 );
+   EXPECT_EQ( readAt( file, 0, 1 ), Bytes { 0x12 } );
+   EXPECT_EQ( file.get( 0 ), 0x0234 );
+   EXPECT_EQ( readAt( file, 0, 2 ), ( Bytes { 0x02, 0x34 } ) );
+   EXPECT_EQ( file.get( 0 ), 0x0204 );
+}
