@@ -1,5 +1,6 @@
 #include "ChipFactory.h"
 
+#include "Emc2305.h"
 #include "GenericRegisters.h"
 #include "Pct2075.h"
 #include "Text.h"
@@ -30,6 +31,7 @@ struct Row {
 };
 
 constexpr Row rows[] = {
+   { "emc2305", make<Emc2305> },
    { "pct2075", make<Pct2075> },
    { "registers", make<GenericRegisters> },
 };
