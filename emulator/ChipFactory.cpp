@@ -1,5 +1,6 @@
 #include "ChipFactory.h"
 
+#include "Cpld.h"
 #include "Emc2305.h"
 #include "GenericRegisters.h"
 #include "Pct2075.h"
@@ -31,6 +32,7 @@ struct Row {
 };
 
 constexpr Row rows[] = {
+   { "cpld", make<Cpld> },
    { "emc2305", make<Emc2305> },
    { "pct2075", make<Pct2075> },
    { "registers", make<GenericRegisters> },
