@@ -203,8 +203,10 @@ TEST( EmulatorBoardFile, OfSelvaneHoldsItsChips ) {
       { "inlet", 3, 0x48, "pct2075", { 0x18, 0x80 } },
       { "outlet", 3, 0x49, "pct2075", { 0x23, 0x20 } },
       { "asic", 3, 0x4A, "pct2075", { 0x3A, 0x40 } },
-      { "poe", 3, 0x4B, "pct2075", { 0x29, 0x00 } },
-      { "cpld", 5, 0x30, "registers", { 0x00, 0x00 } },
+      { "poe-temp", 3, 0x4B, "pct2075", { 0x29, 0x00 } },
+      // It has no register 0.
+      { "fans", 3, 0x2C, "emc2305", { 0xFF, 0xFF } },
+      { "cpld", 5, 0x30, "cpld", { 0x2A, 0x01 } },
    };
    auto board = loadBoard( shared( "boards/selvane/emulator.json" ) );
    EXPECT_EQ( board.places().size(), std::size( chips ) );

@@ -75,10 +75,12 @@ TEST( SmbusdMapFile, MayMapNothing ) {
    EXPECT_TRUE( schemaAccepts( R"({ "busses": [] })" ) );
 }
 
-TEST( SmbusdMapFile, OfTheExampleIsGood ) {
-   auto text = readAll( "smbusd/i2c-map.example.json" );
-   EXPECT_EQ( refusal( text ), "accepted" );
-   EXPECT_TRUE( schemaAccepts( text ) );
+TEST( SmbusdMapFile, OfTheExampleAndOfTheBoardAreGood ) {
+   for ( auto file : { "smbusd/i2c-map.example.json", "boards/selvane/i2c-map.json" } ) {
+      auto text = readAll( file );
+      EXPECT_EQ( refusal( text ), "accepted" ) << file;
+      EXPECT_TRUE( schemaAccepts( text ) ) << file;
+   }
 }
 
 namespace {
