@@ -197,5 +197,15 @@ TEST_F( SomeDocuments, ComeFromTheEnvironment ) {
    environment["QUILLON_BOARD"] = "/nowhere/board";
 
    EXPECT_THAT( run( { "--sim", "status" } ).err, HasSubstr( "no board at /nowhere/board: " ) );
-   EXPECT_EQ( run( { "--sim", "status", "--board", BOARDS "/selvane" } ).exitStatus, 0 );
+   EXPECT_EQ( run( { "--sim", "status", "--board", SENSORS } ).exitStatus, 0 );
+}
+
+TEST_F( SomeDocuments, AreTheSwitchsWhenNobodyNamesABoard ) {
+   environment["QUILLON_BOARD"] = {};
+
+   auto result = run( { "--sim", "--json", "status", "inlet", "led.port48" } );
+
+   EXPECT_THAT( result.out, HasSubstr( R"("board":"selvane")" ) );
+   EXPECT_THAT( result.out, HasSubstr( R"("name":"led.port48")" ) );
+   EXPECT_EQ( result.exitStatus, 0 );
 }

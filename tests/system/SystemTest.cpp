@@ -16,7 +16,7 @@ SystemTest::SystemTest() {
    EXPECT_TRUE( mkdtemp( name.data() ) );
    folder = name;
    simulation = folder / "sim";
-   environment = { { "QUILLONLIB_SIMDIR", simulation.string() }, { "QUILLON_BOARD", {} },
+   environment = { { "QUILLONLIB_SIMDIR", simulation.string() }, { "QUILLON_BOARD", SENSORS },
       { "QUILLON_PLUGIN", {} }, { "QUILLON_SMBUS_SOCKET", {} }, { "SIMULATION_VMID", {} },
       { "NO_COLOR", {} } };
 }

@@ -6,7 +6,10 @@
 #include <filesystem>
 #include <string>
 
-/** Runs quillonctl with a folder of its own for its simulation files and boards. */
+/**
+ * Runs quillonctl with a folder of its own for its simulation files and boards. Unless a test names a board,
+ * it is one of four sensors alone.
+ */
 class SystemTest : public ::testing::Test {
 protected:
    SystemTest();
