@@ -4,6 +4,11 @@
 
 #include <assert.h>
 
+/* C99 has no static assertion. */
+#if !defined( __cplusplus ) && __STDC_VERSION__ < 201112L
+#define static_assert( condition, text ) extern char asserted[( condition ) ? 1 : -1]
+#endif
+
 static_assert( sizeof( ql_status ) == 4, "statuses are 32 bits" );
 static_assert( sizeof( ql_led_status ) == 4, "enumerations are 32 bits" );
 static_assert( sizeof( ql_poe_port_state ) == 4, "enumerations are 32 bits" );
