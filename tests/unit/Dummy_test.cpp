@@ -72,7 +72,7 @@ TEST( DriverTable, HoldsNoDriverBesideThoseOfThisPlatform ) {
    for ( auto& [name, factory] : Drivers::drivers ) {
       names.push_back( name );
    }
-   EXPECT_THAT( names, ElementsAre( "Dummy", "EMC2305", "GpioDriver", "PCT2075", "SelvanePortLed",
+   EXPECT_THAT( names, ElementsAre( "BCM59121", "Dummy", "EMC2305", "GpioDriver", "PCT2075", "SelvanePortLed",
                           "SelvaneSystemLed", "SelvaneXcvr" ) );
 }
 

@@ -1,5 +1,6 @@
 // What this library can drive: its drivers, and its ways to registers.
 
+#include "Drivers/BCM59121.h"
 #include "Drivers/Drivers.h"
 #include "Drivers/Dummy.h"
 #include "Drivers/EMC2305.h"
@@ -14,6 +15,7 @@
 namespace Drivers {
 
 std::map<std::string, DriverFactory> drivers = {
+   { "BCM59121", BCM59121::create },
    { "Dummy", Dummy::create },
    { "EMC2305", EMC2305::create },
    { "GpioDriver", Dummy::create },
