@@ -31,7 +31,7 @@ protected:
       driver->ham = &chip;
    }
 
-   Port* port( uint8_t id ) { return &ports.emplace_back( driver.get(), id ); }
+   Port* port( int id ) { return &ports.emplace_back( driver.get(), static_cast<uint8_t>( id ) ); }
 
    static std::string reply( uint8_t cmd, const ScriptedPoeChip::Bytes& bytes = {} ) {
       return ScriptedPoeChip::reply( cmd, bytes );
