@@ -73,9 +73,9 @@ Board::Place makePlace( const rapidjson::Value& json ) {
 Board loadBoard( const std::string& file ) { return parseBoard( file, readFile( file ) ); }
 
 Board parseBoard( const std::string& file, std::string_view text ) {
-   // Iterative, so that deep nesting does not overflow the stack.
-   constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
-                              rapidjson::kParseFullPrecisionFlag;
+   // Iterative, so that deep nesting does not overflow the stack. Not with full precision: rapidjson
+   // normalises the significand of "0e-66" then, and counts the leading zeros of 0.
+   constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
    rapidjson::Document document;
    document.Parse<flags>( text.data(), text.size() );
    if ( document.HasParseError() ) {
