@@ -2,7 +2,7 @@
 #define BCM59121_TEST_H
 
 #include "Drivers/BCM59121.h"
-#include "HostServices.h"
+#include "FreshLibrary.h"
 #include "ScriptedPoeChip.h"
 #include "VirtualTime.h"
 
@@ -14,7 +14,7 @@
 
 /** A PoE controller of 12 ports, of which 8 to 11 are 4-pair ports, with a scripted chip and a clock of its
  * own. */
-class Bcm59121Test : public Host::Test {
+class Bcm59121Test : public FreshLibrary {
 protected:
    using Arguments = std::map<std::string, std::string>;
    using Port = Drivers::BCM59121::PoePort;
