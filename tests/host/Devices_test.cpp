@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <cstring>
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::StrEq;
 
 namespace {
@@ -182,6 +184,25 @@ TEST_F( Devices, TheSystemReadsAnEmptyCpld ) {
    EXPECT_EQ( system->ops->get_chip_info( system, &version ), QL_STATUS_OK );
    EXPECT_STREQ( version, "0x00.00" );
    EXPECT_EQ( system->ops->poe_reboot_action( system, true ), QL_STATUS_OK );
+}
+
+TEST_F( Devices, APoeControllerGivesNoReplyInSimulation ) {
+   load( { 30 } );
+   auto port = plugin.poe_port_add(
+      arguments( 30, "BCM59121", R"("driverArgs": { "numPorts": 12, "numAtPorts": 8, "portId": 3 })" )
+         .c_str() );
+   ASSERT_NE( port, nullptr );
+   float volts = 7;
+   EXPECT_EQ( port->ops->get_voltage( port, &volts ), QL_STATUS_DEVICE_ERROR );
+   EXPECT_EQ( volts, 7 );
+   EXPECT_TRUE( Host::hasTraced( 0, "WARNING: Simulated Driver BCM59121 doesn't yet have expectedVal set for "
+                                    "register 0xff using SIMULATION_HAM()\n" ) );
+   EXPECT_TRUE( Host::hasTraced( 0, "Error: Failed to read PoE chip. Error code: 0" ) );
+
+   char* text = nullptr;
+   EXPECT_GT( port->ops->get_information( port, &text ), 0U );
+   EXPECT_THAT( text, HasSubstr( "\nPort status: n/a                                      SMBus error\n" ) );
+   free( text );
 }
 
 } // namespace

@@ -141,7 +141,9 @@ TEST( Exports, FunctionsOfTheFrameAreVisible ) {
          "Topology::findDevice(unsigned int)", "Topology::isDeviceObject(char const*)",
          "Drivers::getRegGpioForDevice(char const*, unsigned int, unsigned int)",
          "Drivers::insertDriverArg(char const*, char**, char const*, char const*)",
-         "Drivers::FormatFdl::start()", "Ham::createHam(Drivers::DriverArgs const&)" } ) );
+         "Drivers::FormatFdl::start()", "Drivers::calcCheckSum(unsigned char const*)",
+         "Drivers::getTemperatureVal(unsigned char, unsigned char)", "Drivers::getPdClassStr(unsigned char)",
+         "Ham::createHam(Drivers::DriverArgs const&)" } ) );
 }
 
 TEST( Exports, LogMessagesLieInTheirSection ) {
@@ -170,7 +172,7 @@ TEST( Exports, ClassesAreVisible ) {
          "Drivers::EMC2305::FanSlot", "Drivers::SelvaneXcvr", "Drivers::SelvaneXcvr::SfpXcvr",
          "Drivers::SelvanePortLed", "Drivers::SelvanePortLed::PortLed", "Drivers::SelvaneSystemLed",
          "Drivers::SelvaneSystemLed::StatusLed", "Drivers::SelvaneSystemLed::CloudAndFanLed",
-         "Drivers::SelvaneSystemLed::PowerLed" } ) {
+         "Drivers::SelvaneSystemLed::PowerLed", "Drivers::BCM59121", "Drivers::BCM59121::PoePort" } ) {
       EXPECT_THAT( names, Contains( "typeinfo for " + name ) );
    }
 }

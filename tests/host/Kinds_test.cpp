@@ -77,9 +77,10 @@ TEST_F( Kinds, NoDriverOffersAPowerSupply ) {
       { 5, "SelvaneXcvr", "" },
       { 6, "SelvanePortLed", "" },
       { 7, "SelvaneSystemLed", "" },
+      { 8, "BCM59121", R"("driverArgs": { "numPorts": 12, "numAtPorts": 8 })" },
    };
 
-   load( { 1, 2, 3, 4, 5, 6, 7 } );
+   load( { 1, 2, 3, 4, 5, 6, 7, 8 } );
    for ( auto& row : rows ) {
       SCOPED_TRACE( row.driver );
       EXPECT_EQ( thrownBy( plugin.psu_add, arguments( row.did, row.driver, row.members ) ),
