@@ -40,6 +40,17 @@ Board::Place* Board::find( const std::string& name ) {
    return found == places_.end() ? nullptr : &*found;
 }
 
+Board::Place& Board::named( std::string_view name ) {
+   if ( auto place = find( std::string( name ) ) ) {
+      return *place;
+   }
+   std::vector<std::string> names;
+   for ( auto& place : places_ ) {
+      names.push_back( place.name );
+   }
+   throw std::invalid_argument( fmt::format( "no chip {}{}", printable( name ), suggestion( name, names ) ) );
+}
+
 Board::Place* Board::at( uint32_t bus, uint8_t address ) {
    auto found = std::ranges::find_if(
       places_, [&]( auto& place ) { return place.bus == bus && place.address == address; } );
@@ -153,7 +164,7 @@ Transfer Board::transfer( uint32_t bus, uint8_t address, std::span<I2c::Message>
       return { resultOf( fault->kind ), fault->duration };
    }
    auto place = at( bus, address );
-   if ( !place ) {
+   if ( !place || !place->chip->listens() ) {
       return { I2c::Result::NoAcknowledge };
    }
    Transfer transfer { I2c::Result::Ok };

@@ -11,6 +11,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Emulator {
@@ -52,6 +53,8 @@ public:
 
    /** The chip of a name, or null. */
    Place* find( const std::string& name );
+   /** The same. Throws std::invalid_argument, with words for a person, where find() gives null. */
+   Place& named( std::string_view name );
    /** The chip at an address, or null. */
    Place* at( uint32_t bus, uint8_t address );
    /** A bus is there when a chip is on it. */

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Emulator {
@@ -23,6 +24,9 @@ public:
    virtual std::string part() const = 0;
 
    /* The bus. */
+
+   /** Whether it answers to its address at all, which a part in reset does not. */
+   virtual bool listens() const { return true; }
 
    /** A start or repeated start with the chip's address: a message begins. */
    virtual void start() {}
@@ -57,6 +61,15 @@ public:
    virtual std::string get( const std::string& property ) const = 0;
    /** Throws std::invalid_argument, with words for a person, for a name or value that can't be set. */
    virtual void set( const std::string& property, const std::string& value ) = 0;
+
+   /** What act() takes, such as "PORT detach; chip crc", or nothing for a chip that nothing happens to. */
+   virtual std::string actions() const { return ""; }
+
+   /**
+    * Something happens that is more than one value: a plug is pulled, a load is too high. Throws
+    * std::invalid_argument, with words for a person, for words that name no action. There is at least one.
+    */
+   virtual void act( std::span<const std::string_view> words );
 };
 
 } // namespace Emulator

@@ -43,19 +43,14 @@ Board::Place* chipAt( Board& board, std::string_view text ) {
    return bus && address && *address <= 0x7F ? board.at( *bus, static_cast<uint8_t>( *address ) ) : nullptr;
 }
 
-std::vector<std::string> namesOf( const Board& board ) {
-   std::vector<std::string> names;
-   for ( auto& place : board.places() ) {
-      names.push_back( place.name );
-   }
-   return names;
-}
-
 /** A name has no slash. */
 Board::Place& findChip( Board& board, std::string_view text ) {
-   auto chip = text.find( '/' ) == text.npos ? board.find( std::string( text ) ) : chipAt( board, text );
+   if ( text.find( '/' ) == text.npos ) {
+      return board.named( text );
+   }
+   auto chip = chipAt( board, text );
    if ( !chip ) {
-      throw failure( "no chip {}{}", printable( text ), suggestion( text, namesOf( board ) ) );
+      throw failure( "no chip {}", printable( text ) );
    }
    return *chip;
 }
@@ -156,28 +151,48 @@ constexpr Command commands[] = {
    { "reset", " CHIP", 1, 1, reset },
    { "fault", " PLACE KIND [DURATION] [N]", 2, 4, fault },
    { "faults", "", 0, 0, faults },
-   { "help", "", 0, 0, help },
+   { "help", " [CHIP]", 0, 1, help },
 };
 
-std::string help( Board&, const Words& ) {
+std::string help( Board& board, const Words& words ) {
+   if ( !words.empty() ) {
+      auto actions = findChip( board, words[0] ).chip->actions();
+      return actions.empty() ? "no actions" : actions;
+   }
    std::vector<std::string> texts;
    for ( auto& command : commands ) {
       texts.push_back( fmt::format( "{}{}", command.name, command.arguments ) );
    }
+   texts.push_back( "CHIP ACTION" );
    return fmt::format(
       "{}; PLACE is a chip or a bus; KIND is {} or clear", join( texts, "; " ), join( faultKinds(), ", " ) );
 }
 
-const Command& findCommand( std::string_view word ) {
-   auto found = std::ranges::find( commands, word, &Command::name );
-   if ( found == std::end( commands ) ) {
-      std::vector<std::string> names;
-      for ( auto& command : commands ) {
-         names.emplace_back( command.name );
-      }
-      throw failure( "no command {}{}", printable( word ), suggestion( word, names ) );
+std::string run( Board& board, const Command& command, const Words& words ) {
+   if ( words.size() < command.least || words.size() > command.most ) {
+      throw failure( "usage: {}{}", command.name, command.arguments );
    }
-   return *found;
+   return command.run( board, words );
+}
+
+std::string act( Chip& chip, const Words& words ) {
+   if ( words.empty() ) {
+      auto actions = chip.actions();
+      throw failure( "{}", actions.empty() ? "no actions" : "actions: " + actions );
+   }
+   chip.act( words );
+   return "";
+}
+
+std::invalid_argument unknownCommand( const Board& board, std::string_view word ) {
+   std::vector<std::string> names;
+   for ( auto& command : commands ) {
+      names.emplace_back( command.name );
+   }
+   for ( auto& place : board.places() ) {
+      names.push_back( place.name );
+   }
+   return failure( "no command {}{}", printable( word ), suggestion( word, names ) );
 }
 
 std::string answer( Board& board, std::string_view line ) {
@@ -185,12 +200,16 @@ std::string answer( Board& board, std::string_view line ) {
    if ( words.empty() ) {
       throw failure( "empty line; try help" );
    }
-   auto& command = findCommand( words[0] );
+   auto first = words[0];
    words.erase( words.begin() );
-   if ( words.size() < command.least || words.size() > command.most ) {
-      throw failure( "usage: {}{}", command.name, command.arguments );
+   auto command = std::ranges::find( commands, first, &Command::name );
+   if ( command != std::end( commands ) ) {
+      return run( board, *command, words );
    }
-   return command.run( board, words );
+   if ( first.find( '/' ) != first.npos || board.find( std::string( first ) ) ) {
+      return act( *findChip( board, first ).chip, words );
+   }
+   throw unknownCommand( board, first );
 }
 
 } // namespace

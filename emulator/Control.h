@@ -20,7 +20,8 @@ namespace Emulator {
  * - fault PLACE KIND [DURATION] [N]: a fault on that place from now on
  * - fault PLACE clear: no more faults on this very place
  * - faults: all faults, each as it could be given, parted by "; "
- * - help: these commands
+ * - help, help CHIP: these commands; the actions of one chip
+ * - CHIP ACTION: what happens to that chip; a chip with the name of a command is meant by its place
  *
  * CHIP is a name or BUS/ADDRESS, such as inlet or 3/0x48. PLACE is a CHIP or the number of a whole bus. KIND
  * is busy, arbitration, nack, corrupt, checksum, or with a DURATION hang or slow: Fault::Kind tells what they

@@ -58,6 +58,10 @@ public:
 
    void advance( std::chrono::nanoseconds elapsed ) override { age += elapsed; }
 
+   bool listens() const override { return !inReset; }
+
+   bool inReset = false;
+
    std::chrono::nanoseconds age {};
 };
 
@@ -133,6 +137,13 @@ TEST_F( EmulatorBoard, ProbesAnAddressWithAWriteOfNoBytes ) {
    EXPECT_EQ( transfer( { writing( {} ) } ), Result::Ok );
    messages = { writing( {} ) };
    EXPECT_EQ( board.transfer( 3, 0x49, messages ).result, Result::NoAcknowledge );
+}
+
+TEST_F( EmulatorBoard, GetsNoAcknowledgeFromAChipThatDoesNotAnswer ) {
+   chip->inReset = true;
+   EXPECT_EQ( transfer( { writing( {} ) } ), Result::NoAcknowledge );
+   EXPECT_EQ( transfer( { reading( 1 ) } ), Result::NoAcknowledge );
+   EXPECT_TRUE( chip->events.empty() );
 }
 
 TEST_F( EmulatorBoard, ForgetsWhatAMessageHeldBeforeItsRead ) {

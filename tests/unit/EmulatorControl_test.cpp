@@ -2,6 +2,7 @@
 
 #include "emulator/ChipFactory.h"
 #include "emulator/Control.h"
+#include "emulator/Model.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +13,40 @@ using namespace std::string_literals;
 
 namespace {
 
+/** Something happens to it. */
+class Plug : public Model {
+public:
+   Plug() {
+      addProperty( "in", [this] { return in_ ? "1" : "0"; } );
+   }
+
+   std::string part() const override { return "plug"; }
+
+   bool write( std::span<const uint8_t> ) override { return true; }
+
+   Bytes read( size_t count ) override { return Bytes( count, 0xFF ); }
+
+   void reset() override {}
+
+   std::string actions() const override { return "in; out"; }
+
+   void act( std::span<const std::string_view> words ) override {
+      if ( words[0] != "in" && words[0] != "out" ) {
+         Chip::act( words );
+      }
+      in_ = words[0] == "in";
+   }
+
+private:
+   bool in_ = false;
+};
+
 Board makeBoard() {
    Board board;
    board.add( { "inlet", 3, 0x48, makeChip( "pct2075" ) } );
    board.add( { "outlet", 3, 0x49, makeChip( "pct2075" ) } );
    board.add( { "cpld", 5, 0x30, makeChip( "registers", { { "size", "2" } } ) } );
+   board.add( { "plug", 6, 0x20, std::make_unique<Plug>() } );
    board.find( "inlet" )->chip->set( "temperature", "24.5" );
    return board;
 }
@@ -34,7 +64,7 @@ struct Row {
 };
 
 const Row rows[] = {
-   { "list", "ok inlet 3/0x48 pct2075; outlet 3/0x49 pct2075; cpld 5/0x30 registers" },
+   { "list", "ok inlet 3/0x48 pct2075; outlet 3/0x49 pct2075; cpld 5/0x30 registers; plug 6/0x20 plug" },
    { "list inlet", "ok temperature=24.5 os=0 thyst=75 tos=80" },
    { "get inlet", "ok temperature=24.5 os=0 thyst=75 tos=80" },
    { "get 3/0x48", "ok temperature=24.5 os=0 thyst=75 tos=80" },
@@ -61,8 +91,12 @@ const Row rows[] = {
    { "fault inlet clear", "ok" },
    { "fault 5 clear", "ok" },
    { "faults", "ok" },
+   { "plug in", "ok" },
+   { "6/0x20 in", "ok" },
+   { "help inlet", "ok no actions" },
+   { "help plug", "ok in; out" },
    { "help", "ok list [CHIP]; get CHIP[.PROPERTY]; set CHIP.PROPERTY VALUE; reset CHIP; "
-             "fault PLACE KIND [DURATION] [N]; faults; help; PLACE is a chip or a bus; "
+             "fault PLACE KIND [DURATION] [N]; faults; help [CHIP]; CHIP ACTION; PLACE is a chip or a bus; "
              "KIND is busy, arbitration, nack, hang, slow, corrupt, checksum or clear" },
 
    { "", "error empty line; try help" },
@@ -124,7 +158,15 @@ const Row rows[] = {
    { "fault inlet slow nans", "error slow needs a duration such as 500ms or 2s, at most an hour" },
    { "fault inlet slow 1s x", "error the number of transfers must be a whole number from 1 on, not x" },
    { "faults inlet", "error usage: faults" },
-   { "help me", "error usage: help" },
+   { "help me", "error no chip me" },
+   { "help inlet outlet", "error usage: help [CHIP]" },
+   { "inlt detach", "error no command inlt; did you mean inlet?" },
+   { "inlet", "error no actions" },
+   { "inlet detach", "error no action detach" },
+   { "3/0x48 detach", "error no action detach" },
+   { "3/0x4f detach", "error no chip 3/0x4f" },
+   { "plug", "error actions: in; out" },
+   { "plug sideways \xff", "error no action sideways" },
 
    { "list\0"s, "error no command list\\x00; did you mean list?" },
    { "\0"s, "error no command \\x00" },
@@ -189,6 +231,13 @@ TEST_F( EmulatorControl, PutsFaultsWhereTheBoardMeetsThem ) {
    EXPECT_EQ( transfer.result, I2c::Result::TimedOut );
    EXPECT_EQ( transfer.duration, std::chrono::seconds( 2 ) );
    EXPECT_EQ( say( "faults" ), "ok" );
+}
+
+TEST_F( EmulatorControl, LetsAChipActOnWhatTheBenchSays ) {
+   EXPECT_EQ( say( "plug in" ), "ok" );
+   EXPECT_EQ( say( "get plug.in" ), "ok 1" );
+   EXPECT_EQ( say( "plug out" ), "ok" );
+   EXPECT_EQ( say( "get plug.in" ), "ok 0" );
 }
 
 TEST_F( EmulatorControl, ListsAnEmptyBoard ) {
