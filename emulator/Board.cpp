@@ -22,6 +22,7 @@ void Board::advance() {
    for ( auto& place : places_ ) {
       place.chip->advance( elapsed );
    }
+   settle();
 }
 
 void Board::add( Place place ) {
@@ -59,6 +60,37 @@ Board::Place* Board::at( uint32_t bus, uint8_t address ) {
 
 bool Board::hasBus( uint32_t bus ) const {
    return std::ranges::find( places_, bus, &Place::bus ) != places_.end();
+}
+
+Board::Pin Board::pin( const std::string& text ) {
+   auto dot = text.find( '.' );
+   Pin pin { named( std::string_view( text ).substr( 0, dot ) ).chip.get(), "" };
+   if ( dot == text.npos ) {
+      throw std::invalid_argument( fmt::format( "{} names no property", printable( text ) ) );
+   }
+   pin.property = text.substr( dot + 1 );
+   pin.chip->get( pin.property );
+   return pin;
+}
+
+void Board::connect( const Pin& from, const Pin& to ) {
+   auto value = from.chip->get( from.property );
+   to.chip->set( to.property, value );
+   wires_.push_back( { from, to, value } );
+}
+
+void Board::settle() {
+   for ( auto& [from, to, value] : wires_ ) {
+      auto now = from.chip->get( from.property );
+      if ( now != value ) {
+         value = now;
+         try {
+            to.chip->set( to.property, value );
+         } catch ( const std::invalid_argument& ) {
+            // It keeps what it has: nobody is there to be told.
+         }
+      }
+   }
 }
 
 namespace {
@@ -172,6 +204,7 @@ Transfer Board::transfer( uint32_t bus, uint8_t address, std::span<I2c::Message>
       transfer.duration = slow->duration;
    }
    transfer.result = Exchange( *place, faults ).run( messages );
+   settle();
    return transfer;
 }
 

@@ -49,6 +49,23 @@ public:
    /** Throws std::invalid_argument for a name or a place that is taken. */
    void add( Place place );
 
+   /** One end of a wire: a property of a chip. */
+   struct Pin {
+      Chip* chip;
+      std::string property;
+   };
+
+   /** The pin "CHIP.PROPERTY". Throws std::invalid_argument, with words for a person, if there is none. */
+   Pin pin( const std::string& text );
+   /**
+    * Joins two pins: `to` gets the value of `from` now, and from now on whenever that changes, but for
+    * values that it refuses. Throws std::invalid_argument, with words for a person, when it refuses the
+    * first.
+    */
+   void connect( const Pin& from, const Pin& to );
+   /** Brings values that the bench may have changed over the wires. Transfers and time do so themselves. */
+   void settle();
+
    const std::vector<Place>& places() const { return places_; }
 
    /** The chip of a name, or null. */
@@ -74,9 +91,16 @@ public:
    Faults faults;
 
 private:
+   struct Wire {
+      Pin from;
+      Pin to;
+      std::string value;
+   };
+
    Clock clock_;
    std::chrono::nanoseconds now_;
    std::vector<Place> places_;
+   std::vector<Wire> wires_;
 };
 
 } // namespace Emulator

@@ -68,6 +68,26 @@ Board::Place makePlace( const rapidjson::Value& json ) {
       std::move( chip ) };
 }
 
+/** What `make` gives; a reason that it throws gets the place in the file. */
+template <typename Make>
+auto at( const std::string& file, const std::string& place, Make make ) {
+   try {
+      return make();
+   } catch ( const std::invalid_argument& error ) {
+      throw BoardFileError( fmt::format( "{}: {}: {}", file, place, error.what() ) );
+   }
+}
+
+void connect(
+   Board& board, const std::string& file, const std::string& place, const rapidjson::Value& json ) {
+   auto pin = [&]( const char* end ) {
+      return at( file, fmt::format( "{}/{}", place, end ), [&] { return board.pin( textOf( json[end] ) ); } );
+   };
+   auto from = pin( "from" );
+   auto to = pin( "to" );
+   at( file, place + "/to", [&] { board.connect( from, to ); } );
+}
+
 } // namespace
 
 Board loadBoard( const std::string& file ) { return parseBoard( file, readFile( file ) ); }
@@ -87,10 +107,12 @@ Board parseBoard( const std::string& file, std::string_view text ) {
    Board board;
    auto chips = document["chips"].GetArray();
    for ( rapidjson::SizeType i = 0; i < chips.Size(); ++i ) {
-      try {
-         board.add( makePlace( chips[i] ) );
-      } catch ( const std::invalid_argument& error ) {
-         throw BoardFileError( fmt::format( "{}: /chips/{}: {}", file, i, error.what() ) );
+      at( file, fmt::format( "/chips/{}", i ), [&] { board.add( makePlace( chips[i] ) ); } );
+   }
+   if ( document.HasMember( "wires" ) ) {
+      auto wires = document["wires"].GetArray();
+      for ( rapidjson::SizeType i = 0; i < wires.Size(); ++i ) {
+         connect( board, file, fmt::format( "/wires/{}", i ), wires[i] );
       }
    }
    return board;

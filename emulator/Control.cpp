@@ -218,6 +218,7 @@ std::string control( Board& board, std::string_view line ) {
    board.advance();
    try {
       auto text = answer( board, line );
+      board.settle();
       return text.empty() ? "ok" : "ok " + text;
    } catch ( const std::exception& error ) {
       return fmt::format( "error {}", error.what() );

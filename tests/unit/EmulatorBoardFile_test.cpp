@@ -45,6 +45,15 @@ std::string sensorWith( const std::string& members ) {
    return chipOf( R"("name": "inlet", "part": "pct2075", "bus": 3, "address": 72, )" + members );
 }
 
+/** A board of registers and two sensors with one wire of these members. */
+std::string wireOf( const std::string& members ) {
+   return R"({ "chips": [ { "name": "cpld", "part": "registers", "bus": 5, "address": 48,
+                            "options": { "size": 2 }, "set": { "r0x01": 90 } },
+                          { "name": "inlet", "part": "pct2075", "bus": 3, "address": 72 } ],
+               "wires": [ { )" +
+          members + " } ] }";
+}
+
 std::string nested( size_t depth ) { return std::string( depth, '[' ) + std::string( depth, ']' ); }
 
 struct Row {
@@ -128,6 +137,32 @@ const Row rows[] = {
       R"({ "chips": [ { "name": "inlet", "part": "pct2075", "bus": 3, "address": 72 },
                       { "name": "outlet", "part": "pct2075", "bus": 3, "address": 72 } ] })",
       "board.json: /chips/1: 3/0x48 is the place of inlet" },
+   { "an object for the wires", R"({ "chips": [], "wires": {} })",
+      "board.json: /wires: must be an array of wires between chips" },
+   { "a text for a wire", R"({ "chips": [], "wires": [ "cpld.r0x01" ] })",
+      "board.json: /wires/0: must be an object with the two ends of a wire" },
+   { "a wire without ends", wireOf( "" ), "board.json: /wires/0: lacks from, to" },
+   { "an unknown key of a wire", wireOf( R"("form": "cpld.r0x01")" ),
+      "board.json: /wires/0/form: no key form is known here" },
+   { "a number for the start of a wire", wireOf( R"("from": 5)" ),
+      "board.json: /wires/0/from: must be the property that drives the wire, such as \"cpld.poe_reset\"" },
+   { "a number for the end of a wire", wireOf( R"("to": 5)" ),
+      "board.json: /wires/0/to: must be the property that follows it, such as \"poe.reset\"" },
+   { "a wire from no chip", wireOf( R"("from": "clpd.r0x01", "to": "inlet.temperature")" ),
+      "board.json: /wires/0/from: no chip clpd" },
+   { "a wire to no chip", wireOf( R"("from": "cpld.r0x01", "to": "inlt.temperature")" ),
+      "board.json: /wires/0/to: no chip inlt; did you mean inlet?" },
+   { "a wire from a chip", wireOf( R"("from": "cpld", "to": "inlet.temperature")" ),
+      "board.json: /wires/0/from: cpld names no property" },
+   { "a wire from no property", wireOf( R"("from": "cpld.version", "to": "inlet.temperature")" ),
+      "board.json: /wires/0/from: no property version" },
+   { "a wire to no property", wireOf( R"("from": "cpld.r0x01", "to": "inlet.temprature")" ),
+      "board.json: /wires/0/to: no property temprature; did you mean temperature?" },
+   { "a wire to what can't be set", wireOf( R"("from": "cpld.r0x01", "to": "inlet.os")" ),
+      "board.json: /wires/0/to: property os can't be set" },
+   { "a wire with a value that its end refuses",
+      wireOf( R"("from": "cpld.r0x01", "to": "inlet.temperature")" ),
+      "board.json: /wires/0/to: temperature must be a number from -55 to 125, not 0x5a" },
    { "deep nesting of the board", nested( 200000 ),
       "board.json: /: must be an object with the chips of the board" },
    { "deep nesting in a property", sensorWith( "\"set\": { \"temperature\": " + nested( 200000 ) + " }" ),

@@ -241,3 +241,64 @@ TEST( EmulatorBoardWithAClock, TellsItBeforeALineOfTheBench ) {
    control( board, "list" );
    EXPECT_EQ( noting.age, 1s );
 }
+
+namespace {
+
+/** Register 1 of "driving" is wired to register 0 of "driven". */
+class EmulatorBoardWithAWire : public ::testing::Test {
+protected:
+   EmulatorBoardWithAWire() {
+      board.add( { "driving", 5, 0x30, makeChip( "registers", { { "size", "2" }, { "r0x01", "7" } } ) } );
+      board.add( { "driven", 5, 0x31, makeChip( "registers", { { "size", "2" } } ) } );
+      board.connect( board.pin( "driving.r0x01" ), board.pin( "driven.r0x00" ) );
+   }
+
+   std::string driven() { return board.find( "driven" )->chip->get( "r0x00" ); }
+
+   Board board;
+};
+
+} // namespace
+
+TEST_F( EmulatorBoardWithAWire, CarriesTheFirstValue ) { EXPECT_EQ( driven(), "0x07" ); }
+
+TEST_F( EmulatorBoardWithAWire, CarriesWhatATransferChanges ) {
+   std::vector<I2c::Message> messages { writing( { 0x01, 0x5A } ) };
+   ASSERT_EQ( board.transfer( 5, 0x30, messages ).result, Result::Ok );
+   EXPECT_EQ( driven(), "0x5a" );
+}
+
+TEST_F( EmulatorBoardWithAWire, CarriesWhatTheBenchChanges ) {
+   ASSERT_EQ( control( board, "set driving.r0x01 0x5a" ), "ok" );
+   EXPECT_EQ( driven(), "0x5a" );
+   ASSERT_EQ( control( board, "reset driving" ), "ok" );
+   EXPECT_EQ( driven(), "0x07" );
+}
+
+TEST_F( EmulatorBoardWithAWire, CarriesWhatTimeChanges ) {
+   board.find( "driving" )->chip->set( "r0x01", "0x5a" );
+   board.advance();
+   EXPECT_EQ( driven(), "0x5a" );
+}
+
+TEST_F( EmulatorBoardWithAWire, LeavesItsEndAloneWhileNothingChanges ) {
+   ASSERT_EQ( control( board, "set driven.r0x00 1" ), "ok" );
+   board.advance();
+   EXPECT_EQ( driven(), "0x01" );
+}
+
+TEST_F( EmulatorBoardWithAWire, CarriesNothingBack ) {
+   ASSERT_EQ( control( board, "set driven.r0x00 1" ), "ok" );
+   EXPECT_EQ( board.find( "driving" )->chip->get( "r0x01" ), "0x07" );
+}
+
+TEST( EmulatorBoardWithAWireToASensor, LeavesItsEndAloneWhenThatRefusesAValue ) {
+   Board board;
+   board.add( { "warm", 3, 0x48, makeChip( "pct2075" ) } );
+   board.add( { "driven", 5, 0x31, makeChip( "registers", { { "size", "1" } } ) } );
+   board.connect( board.pin( "warm.temperature" ), board.pin( "driven.r0x00" ) );
+   EXPECT_EQ( control( board, "set warm.temperature -1" ), "ok" );
+   EXPECT_EQ( control( board, "get driven" ), "ok r0x00=0x19" );
+   EXPECT_EQ( control( board, "set warm.temperature 30" ), "ok" );
+   EXPECT_EQ( control( board, "get driven" ), "ok r0x00=0x1e" );
+}
