@@ -1,5 +1,6 @@
 #include "ChipFactory.h"
 
+#include "Bcm59121.h"
 #include "Cpld.h"
 #include "Emc2305.h"
 #include "GenericRegisters.h"
@@ -32,6 +33,7 @@ struct Row {
 };
 
 constexpr Row rows[] = {
+   { "bcm59121", make<Bcm59121> },
    { "cpld", make<Cpld> },
    { "emc2305", make<Emc2305> },
    { "pct2075", make<Pct2075> },

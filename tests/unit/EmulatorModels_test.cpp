@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 using namespace Emulator;
 
 /** What must hold for every model. Each part of the factory has a row here, from its data sheet. */
@@ -12,6 +14,10 @@ namespace {
 struct ResetValue {
    uint8_t number;
    Bytes bytes;
+   /** What a chip of messages is sent before its reply is read. */
+   Bytes request {};
+   /** What changes the value; without it a write of 0xa5. */
+   Bytes change {};
 };
 
 /** A physical value, and what the register then reads. */
@@ -20,6 +26,7 @@ struct Physical {
    const char* value;
    uint8_t number;
    Bytes bytes;
+   Bytes request {};
 };
 
 struct ModelRow {
@@ -29,9 +36,27 @@ struct ModelRow {
    /** Register numbers that are not acknowledged. */
    Bytes outside;
    std::vector<Physical> physical;
+   /** From power-on until it answers. */
+   std::chrono::milliseconds bootTime {};
 };
 
+const Bytes noReply( 12, 0xFF );
+const Bytes enablePort1 { 0x00, 0xFF, 0x00, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xF9 };
+const Bytes askForPort1 { 0x25, 0xFF, 0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x1C };
+const Bytes measurePort1 { 0x30, 0xFF, 0x00, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x27 };
+const Bytes askForGroup5 { 0x2D, 0xFF, 0x05, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x29 };
+
 const ModelRow models[] = {
+   // 65 °C is 120 + 60 / 1.25; 48 V are 745 steps of 0.06445 V.
+   { "bcm59121", {},
+      { { 0xFF, noReply }, { 0xFF, { 0x25, 0xFF, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00, 0x26 },
+                              askForPort1, enablePort1 } },
+      {},
+      { { "temperature", "65", 0xFF,
+           { 0x30, 0xFF, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xA8, 0x00, 0x00, 0xD7 }, measurePort1 },
+         { "supply", "48", 0xFF, { 0x2D, 0xFF, 0x05, 0x00, 0x02, 0xE9, 0x00, 0x00, 0x01, 0x00, 0x00, 0x1D },
+            askForGroup5 } },
+      std::chrono::milliseconds( 500 ) },
    { "cpld", {},
       { { 0x00, { 0x2A } }, { 0x01, { 0x01 } }, { 0x05, { 0x01 } }, { 0x06, { 0x00 } }, { 0x07, { 0x30 } },
          { 0x10, { 0xFF } }, { 0x1F, { 0x00 } }, { 0x40, { 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF } },
@@ -62,9 +87,22 @@ const ModelRow models[] = {
 
 class EmulatorModels : public ::testing::TestWithParam<ModelRow> {
 protected:
+   EmulatorModels() { boot(); }
+
+   void boot() { chip->advance( GetParam().bootTime ); }
+
+   template <typename Value>
+   Bytes bytesOf( const Value& row ) {
+      if ( !row.request.empty() ) {
+         EXPECT_TRUE( sendTo( *chip, row.request ) ) << +row.request[0];
+         chip->advance( std::chrono::milliseconds( 20 ) );
+      }
+      return readRegister( *chip, row.number, row.bytes.size() );
+   }
+
    void expectResetValues() {
       for ( auto& row : GetParam().registers ) {
-         EXPECT_EQ( readRegister( *chip, row.number, row.bytes.size() ), row.bytes ) << +row.number;
+         EXPECT_EQ( bytesOf( row ), row.bytes ) << +row.number;
       }
    }
 
@@ -105,19 +143,20 @@ TEST_P( EmulatorModels, DoesNotAcknowledgeARegisterThatThePartLacks ) {
 TEST_P( EmulatorModels, GivesPhysicalValuesToItsRegisters ) {
    for ( auto& row : GetParam().physical ) {
       chip->set( row.property, row.value );
-      EXPECT_EQ( readRegister( *chip, row.number, row.bytes.size() ), row.bytes )
-         << row.property << " " << row.value;
+      EXPECT_EQ( bytesOf( row ), row.bytes ) << row.property << " " << row.value;
    }
 }
 
 TEST_P( EmulatorModels, ResetRestoresEveryRegister ) {
    bool changed = false;
    for ( auto& row : GetParam().registers ) {
-      EXPECT_TRUE( sendTo( *chip, { row.number, 0xA5 } ) ) << +row.number;
-      changed = changed || readRegister( *chip, row.number, row.bytes.size() ) != row.bytes;
+      auto change = row.change.empty() ? Bytes { row.number, 0xA5 } : row.change;
+      EXPECT_TRUE( sendTo( *chip, change ) ) << +row.number;
+      changed = changed || bytesOf( row ) != row.bytes;
    }
    ASSERT_TRUE( changed ) << "nothing to restore";
    chip->reset();
+   boot();
    expectResetValues();
 }
 

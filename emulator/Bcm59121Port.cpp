@@ -1,0 +1,409 @@
+#include "Bcm59121Port.h"
+
+#include <algorithm>
+#include <array>
+
+namespace Emulator {
+
+namespace {
+
+using namespace std::chrono_literals;
+using DeviceKind = Bcm59121Device::Kind;
+
+// IEEE 802.3: at most 500 ms, 75 ms and 400 ms; the power goes 300 ms to 400 ms after the load, and comes no
+// sooner than 750 ms after an error.
+constexpr auto detectionTime = 300ms;
+constexpr auto classificationTime = 50ms;
+constexpr auto powerUpTime = 75ms;
+constexpr auto disconnectTime = 350ms;
+constexpr auto errorDelay = 750ms;
+
+/** A load below 10 mA does not maintain its power. */
+constexpr double leastAmperes = 0.01;
+
+/* Codes of a detection. */
+constexpr uint8_t detectionUnknown = 0;
+constexpr uint8_t detectionShort = 1;
+constexpr uint8_t detectionHighCapacitance = 2;
+constexpr uint8_t detectionLowResistance = 3;
+constexpr uint8_t detectionValid = 4;
+constexpr uint8_t detectionHighResistance = 5;
+constexpr uint8_t detectionOpen = 6;
+/** Beside the code of a channel with a signature of its own. */
+constexpr uint8_t ownSignature = 0x10;
+
+/** What a detection type takes for valid. */
+struct DetectionType {
+   bool resistor;
+   bool capacitor;
+};
+
+constexpr std::array<DetectionType, 6> detectionTypes = { {
+   { false, false }, // none
+   { false, true },  // legacy capacitive
+   { true, false },  // 4 point
+   { true, true },   // legacy 4 point
+   { true, false },  // 2 point
+   { true, true },   // legacy 2 point
+} };
+
+/** The highest class of each power mode, from IEEE 802.3af to 802.3bt Type-4. */
+constexpr std::array<uint8_t, 7> modeClasses = { 3, 3, 4, 4, 6, 6, 8 };
+constexpr uint8_t highestTwoPairClass = 4;
+/** On each pair set, up to Type-3 and for Type-4. */
+constexpr uint8_t highestDualClass = 4;
+constexpr uint8_t highestDualClassType4 = 5;
+constexpr uint8_t modeAt = 3;
+constexpr uint8_t modeBeforeBt = 4;
+constexpr uint8_t modeType4 = 6;
+
+constexpr uint8_t violationNone = 0;
+constexpr uint8_t violationUser = 2;
+
+/** Channel modes: up to 15.4 W, 30 W, 45 W, and no device. */
+uint8_t modeOf( unsigned tenths ) { return tenths <= 154 ? 0 : tenths <= 300 ? 1 : 2; }
+
+constexpr uint8_t modeUnknown = 3;
+
+void count( uint8_t& counter ) { counter = static_cast<uint8_t>( std::min( counter + 1, 0xFF ) ); }
+
+} // namespace
+
+void Bcm59121Port::start( bool isFourPair ) {
+   isFourPair_ = isFourPair;
+   settings_.isEnabled = power_->isAutomatic;
+   settings_.powerMode = isFourPair ? modeBeforeBt : modeAt;
+   isWanted_ = power_->isAutomatic;
+   restart();
+}
+
+void Bcm59121Port::stop() {
+   release();
+   settings_ = {};
+   counts_ = {};
+   fault_ = nullptr;
+   detection_ = detectionUnknown;
+   isClassified_ = false;
+   enter( Phase::Stopped );
+}
+
+void Bcm59121Port::advance( std::chrono::nanoseconds elapsed ) {
+   if ( fault_ && fault_->kind == Bcm59121Fault::Kind::Denied && mayPower() ) {
+      fault_ = nullptr;
+      enter( Phase::Requesting );
+      request();
+   }
+   while ( left_ && *left_ <= elapsed ) {
+      elapsed -= *left_;
+      left_.reset();
+      expire();
+   }
+   if ( left_ ) {
+      *left_ -= elapsed;
+   }
+}
+
+void Bcm59121Port::change( const Settings& settings ) {
+   bool isSwitched = settings.isEnabled != settings_.isEnabled;
+   bool looksAnew =
+      settings.detectionType != settings_.detectionType || settings.powerMode != settings_.powerMode;
+   settings_ = settings;
+   if ( isSwitched ) {
+      isWanted_ = power_->isAutomatic;
+      restart();
+   } else if ( looksAnew && isLooking() ) {
+      restart();
+   } else if ( isPowered() ) {
+      release();
+      allocate();
+      followSupply();
+   }
+}
+
+void Bcm59121Port::powerOn() {
+   isWanted_ = settings_.isEnabled;
+   if ( phase_ == Phase::Requesting ) {
+      request();
+   } else if ( phase_ == Phase::Fault && fault_->portStatus == 4 ) {
+      restart();
+   }
+}
+
+void Bcm59121Port::powerOff() {
+   isWanted_ = false;
+   restart();
+}
+
+void Bcm59121Port::plug( const Bcm59121Device& device ) {
+   bool isOther = device.kind != device_.kind;
+   bool hasOtherClass = device.pdClass != device_.pdClass;
+   bool isGone = device.kind == DeviceKind::None || device.kind == DeviceKind::Open;
+   device_ = device;
+   if ( isPowered() && ( isGone || !isOther ) ) {
+      checkLoad();
+   } else if ( phase_ != Phase::Stopped && ( isOther || ( hasOtherClass && isLooking() ) ) ) {
+      isWanted_ = isWanted_ && power_->isAutomatic;
+      restart();
+   }
+}
+
+bool Bcm59121Port::trip( const Bcm59121Fault& fault ) {
+   if ( !holdsPower() ) {
+      return false;
+   }
+   fail( fault.kind );
+   return true;
+}
+
+void Bcm59121Port::followSupply() {
+   if ( phase_ == Phase::Stopped || phase_ == Phase::Disabled ) {
+      return;
+   }
+   bool wasLockedOut = fault_ && ( fault_->kind == Bcm59121Fault::Kind::UnderVoltage ||
+                                    fault_->kind == Bcm59121Fault::Kind::OverVoltage );
+   if ( power_->isUnder() || power_->isOver() || wasLockedOut ) {
+      restart();
+   } else if ( holdsPower() && settings_.mpssMask & power_->shutOff ) {
+      shed();
+   } else if ( isPowered() ) {
+      checkLoad();
+   }
+}
+
+void Bcm59121Port::shed() {
+   bool wasWanted = isWanted_;
+   fail( Bcm59121Fault::Kind::Denied );
+   isWanted_ = wasWanted;
+}
+
+std::string Bcm59121Port::text() const {
+   switch ( phase_ ) {
+   case Phase::Stopped:
+   case Phase::Disabled:
+      return "disabled";
+   case Phase::Detecting:
+   case Phase::Classifying:
+      return "detecting";
+   case Phase::Requesting:
+   case Phase::PoweringUp:
+      return "requesting";
+   case Phase::Powered:
+      return "powered";
+   case Phase::Fault:
+      break;
+   }
+   return fault_->word;
+}
+
+uint8_t Bcm59121Port::statusCode() const {
+   switch ( phase_ ) {
+   case Phase::Stopped:
+   case Phase::Disabled:
+      return 0;
+   case Phase::Detecting:
+   case Phase::Classifying:
+      return 1;
+   case Phase::Powered:
+      return 2;
+   case Phase::Requesting:
+   case Phase::PoweringUp:
+      return 6;
+   case Phase::Fault:
+      break;
+   }
+   return fault_->portStatus;
+}
+
+uint8_t Bcm59121Port::pairState() const { return !isPowered() ? 0 : isFourPair_ ? 3 : 1; }
+
+uint8_t Bcm59121Port::signatures() const { return !isValid() ? 0 : isDual() ? 2 : 1; }
+
+Bcm59121Port::Channel Bcm59121Port::channel( bool isAlternative ) const {
+   Channel channel { detectionUnknown, 0, 0, modeUnknown, 0 };
+   if ( isAlternative && !isFourPair_ ) {
+      return channel;
+   }
+   channel.detection = detection_;
+   if ( isValid() && isDual() ) {
+      channel.detection |= ownSignature;
+   }
+   channel.pdClass = pdClass();
+   channel.error = fault_ ? fault_->channelError : 0;
+   if ( isClassified_ && class_ < classMismatch ) {
+      channel.mode = modeOf( classPower() / channels() );
+   }
+   channel.watts = watts() / channels();
+   return channel;
+}
+
+double Bcm59121Port::watts() const {
+   bool draws = device_.kind != DeviceKind::None && device_.kind != DeviceKind::Open;
+   if ( !isPowered() || !draws ) {
+      return 0;
+   }
+   // A device that was given a lower class than it asked for keeps to that.
+   return class_ < device_.pdClass ? std::min( device_.draw, classPower() / 10.0 ) : device_.draw;
+}
+
+void Bcm59121Port::enter( Phase phase, std::optional<std::chrono::nanoseconds> time ) {
+   phase_ = phase;
+   left_ = time;
+}
+
+void Bcm59121Port::expire() {
+   switch ( phase_ ) {
+   case Phase::Detecting:
+      return detect();
+   case Phase::Classifying:
+      return classify();
+   case Phase::PoweringUp:
+      enter( Phase::Powered );
+      return checkLoad();
+   case Phase::Powered:
+      return fail( Bcm59121Fault::Kind::MpsAbsent );
+   default:
+      return restart();
+   }
+}
+
+void Bcm59121Port::restart() {
+   release();
+   fault_ = nullptr;
+   detection_ = detectionUnknown;
+   isClassified_ = false;
+   if ( !settings_.isEnabled ) {
+      enter( Phase::Disabled );
+   } else if ( power_->isUnder() || power_->isOver() ) {
+      fail( power_->isUnder() ? Bcm59121Fault::Kind::UnderVoltage : Bcm59121Fault::Kind::OverVoltage );
+   } else {
+      enter( Phase::Detecting, detectionTime );
+   }
+}
+
+void Bcm59121Port::detect() {
+   detection_ = detectionCode();
+   if ( isValid() ) {
+      enter( Phase::Classifying, classificationTime );
+   } else if ( detection_ != detectionUnknown && detection_ != detectionOpen ) {
+      count( counts_.invalidSignature );
+   }
+}
+
+void Bcm59121Port::classify() {
+   isClassified_ = true;
+   if ( device_.pdClass >= classMismatch ) {
+      class_ = device_.pdClass;
+      return enter( Phase::Detecting );
+   }
+   class_ = device_.kind == DeviceKind::Legacy ? 0 : std::min( device_.pdClass, highestClass() );
+   enter( Phase::Requesting );
+   request();
+}
+
+void Bcm59121Port::request() {
+   if ( !isWanted_ ) {
+      return;
+   }
+   if ( !mayPower() ) {
+      return shed();
+   }
+   allocate();
+   enter( Phase::PoweringUp, powerUpTime );
+}
+
+void Bcm59121Port::fail( Bcm59121Fault::Kind kind ) {
+   using Kind = Bcm59121Fault::Kind;
+   release();
+   fault_ = &bcm59121Fault( kind );
+   isWanted_ = power_->isAutomatic;
+   enter( Phase::Fault );
+   switch ( kind ) {
+   case Kind::MpsAbsent:
+      left_ = errorDelay;
+      return count( counts_.mpsAbsent );
+   case Kind::Short:
+      return count( counts_.shorted );
+   case Kind::Overload:
+      return count( counts_.overload );
+   case Kind::Denied:
+      return count( counts_.denied );
+   default:
+      return;
+   }
+}
+
+void Bcm59121Port::allocate() {
+   allocated_ = limit();
+   power_->allocated += allocated_;
+}
+
+void Bcm59121Port::release() {
+   power_->allocated -= allocated_;
+   allocated_ = 0;
+}
+
+void Bcm59121Port::checkLoad() {
+   if ( settings_.violationType != violationNone && watts() > limit() / 10.0 ) {
+      return fail( Bcm59121Fault::Kind::Overload );
+   }
+   if ( watts() >= leastAmperes * power_->volts ) {
+      left_.reset();
+   } else if ( !left_ ) {
+      left_ = disconnectTime;
+   }
+}
+
+uint8_t Bcm59121Port::detectionCode() const {
+   auto type = detectionTypes.at( settings_.detectionType );
+   if ( !type.resistor && !type.capacitor ) {
+      return detectionUnknown;
+   }
+   switch ( device_.kind ) {
+   case DeviceKind::Single:
+   case DeviceKind::Dual:
+      return type.resistor ? detectionValid : detectionUnknown;
+   case DeviceKind::Legacy:
+      return type.capacitor ? detectionValid : detectionHighCapacitance;
+   case DeviceKind::Short:
+      return detectionShort;
+   case DeviceKind::LowResistance:
+      return detectionLowResistance;
+   case DeviceKind::HighResistance:
+      return detectionHighResistance;
+   case DeviceKind::None:
+   case DeviceKind::Open:
+      break;
+   }
+   return detectionOpen;
+}
+
+bool Bcm59121Port::isValid() const { return detection_ == detectionValid; }
+
+bool Bcm59121Port::isDual() const { return isFourPair_ && device_.kind == DeviceKind::Dual; }
+
+uint8_t Bcm59121Port::highestClass() const {
+   if ( !isFourPair_ ) {
+      return std::min( modeClasses.at( settings_.powerMode ), highestTwoPairClass );
+   }
+   if ( isDual() ) {
+      auto highest = settings_.powerMode == modeType4 ? highestDualClassType4 : highestDualClass;
+      return std::min( modeClasses.at( settings_.powerMode ), highest );
+   }
+   return modeClasses.at( settings_.powerMode );
+}
+
+unsigned Bcm59121Port::classPower() const { return bcm59121ClassPower( class_ ) * ( isDual() ? 2 : 1 ); }
+
+unsigned Bcm59121Port::limit() const {
+   return settings_.violationType == violationUser ? settings_.limit * 2 * channels() : classPower();
+}
+
+bool Bcm59121Port::mayPower() const {
+   return !( settings_.mpssMask & power_->shutOff ) && power_->allocated + limit() <= power_->budget;
+}
+
+bool Bcm59121Port::isLooking() const {
+   return phase_ == Phase::Detecting || phase_ == Phase::Classifying || phase_ == Phase::Requesting;
+}
+
+} // namespace Emulator
