@@ -48,10 +48,32 @@ std::optional<double> number( const rapidjson::Value& object, const char* key ) 
    return value ? std::optional( value->GetDouble() ) : std::nullopt;
 }
 
+/** A whole number, or a text of its digits, as drivers take them. */
+int wholeNumber( const rapidjson::Value& value ) {
+   return value.IsString() ? std::stoi( textOf( value ) ) : value.GetInt();
+}
+
 ObjectEntry entryOf( const rapidjson::Value& object ) {
+   ObjectEntry entry { findKind( textOf( object["kind"] ) ), textOf( object["name"] ),
+      number( object, "alert" ), number( object, "critical" ), {}, {}, "{}" };
    auto args = member( object, "args" );
-   return { findKind( textOf( object["kind"] ) ), textOf( object["name"] ), number( object, "alert" ),
-      number( object, "critical" ), args ? compact( *args ) : "{}" };
+   if ( args ) {
+      entry.args = compact( *args );
+   }
+   if ( entry.kind == &fanKind ) {
+      entry.maxRpm = wholeNumber( ( *args )["driverArgs"]["maxRpm"] );
+   }
+   if ( entry.kind != &systemKind ) {
+      entry.did = ( *args )["did"].GetUint();
+   }
+   return entry;
+}
+
+/** The device with the CPLD's label, which a checked topology has. */
+uint32_t cpldOf( const Inventory& topology ) {
+   auto label = std::find_if( topology.labels.begin(), topology.labels.end(),
+      []( auto& candidate ) { return candidate.text == cpldLabel; } );
+   return topology.at( label->pointer )->did;
 }
 
 } // namespace
@@ -83,7 +105,7 @@ Board Board::load( const std::string& folder ) {
    if ( !findings.empty() ) {
       refuse( findings );
    }
-   Board board { boardName( folder ), topology->text(), {} };
+   Board board { boardName( folder ), topology->text(), cpldOf( takeInventory( topology->document() ) ), {} };
    for ( auto& object : objects->document()["objects"].GetArray() ) {
       board.objects.push_back( entryOf( object ) );
    }

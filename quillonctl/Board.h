@@ -12,6 +12,8 @@ struct Board {
    std::string name;
    /** Text of topology.json. */
    std::string topology;
+   /** The device that is the platform's CPLD. */
+   uint32_t cpld;
    /** In the order of objects.json. */
    std::vector<ObjectEntry> objects;
 

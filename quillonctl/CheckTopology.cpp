@@ -99,7 +99,7 @@ private:
    void cpld() {
       std::vector<std::string> places;
       for ( auto& [text, pointer] : inventory_.labels ) {
-         if ( text == "CpuCpld" ) {
+         if ( text == cpldLabel ) {
             places.push_back( pointer );
          }
       }
@@ -111,9 +111,8 @@ private:
          [&]( auto& place ) { find( under( place, "label" ), "the label \"CpuCpld\" stands before" ); } );
 
       auto& place = places.front();
-      auto device = std::find_if( inventory_.devices.begin(), inventory_.devices.end(),
-         [&]( auto& candidate ) { return candidate.pointer == place; } );
-      if ( device == inventory_.devices.end() ) {
+      auto device = inventory_.at( place );
+      if ( !device ) {
          find( under( place, "label" ), "the label \"CpuCpld\" is for a device" );
       } else if ( !device->json->HasMember( "driver" ) ) {
          find( place, "the device \"CpuCpld\" needs the key \"driver\", null at least" );

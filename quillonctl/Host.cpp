@@ -1,6 +1,7 @@
 #include "Host.h"
 
 #include "HostServices.h"
+#include "Inventory.h"
 #include "Statuses.h"
 #include "Surroundings.h"
 
@@ -10,10 +11,11 @@
 
 Host::Host( const std::string& pluginPath, const Board& board, const std::vector<const ObjectEntry*>& objects,
    const KnownFailures& known, Supervisor::Progress& progress )
-   : plugin_( pluginPath ), progress_( progress ) {
+   : plugin_( pluginPath ), count_( objects.size() ), cpld_( board.cpld ), progress_( progress ) {
    for ( auto entry : objects ) {
       objects_.push_back( { entry, nullptr, {} } );
    }
+   appendHelper( board );
    for ( auto& [index, failure] : known ) {
       objects_[index].failure = failure;
    }
@@ -26,12 +28,27 @@ Host::Host( const std::string& pluginPath, const Board& board, const std::vector
    }
 }
 
-std::vector<Reading> Host::read() {
+std::vector<Reading> Host::doWithEach( const Action& action ) {
    std::vector<Reading> readings;
-   for ( auto& object : objects_ ) {
-      readings.push_back( read( object ) );
+   for ( size_t i = 0; i < count_; ++i ) {
+      readings.push_back( doWith( objects_[i], action ) );
    }
    return readings;
+}
+
+void Host::appendHelper( const Board& board ) {
+   // In simulation the library can't make a device that it first reaches by its label: it looks for a name in
+   // the device's argument text, and there is none. Any object on the device makes it before.
+   auto onCpld = [&]( auto& entry ) { return entry.did == board.cpld; };
+   auto isNeeded =
+      Surroundings::isSimulation() && std::any_of( objects_.begin(), objects_.end(),
+                                         []( auto& object ) { return object.entry->kind->usesCpld; } );
+   auto isThere = std::any_of(
+      objects_.begin(), objects_.end(), [&]( auto& object ) { return onCpld( *object.entry ); } );
+   auto helper = std::find_if( board.objects.begin(), board.objects.end(), onCpld );
+   if ( isNeeded && !isThere && helper != board.objects.end() ) {
+      objects_.push_back( { &*helper, nullptr, {} } );
+   }
 }
 
 void Host::init( const std::string& topology ) {
@@ -80,21 +97,42 @@ void Host::add( Object& object ) {
       fmt::format( "not created: {}", reason.empty() ? "the library gave no reason" : reason ) };
 }
 
-Reading Host::read( const Object& object ) {
-   Reading reading;
-   auto thrown =
-      attempt( object, [&] { reading = object.entry->kind->read( object.record, *object.entry ); } );
-   if ( thrown ) {
-      reading = object.entry->kind->read( nullptr, *object.entry );
-      reading.failure = Failure { QL_STATUS_FAILED, fmt::format( "not read: {}", *thrown ) };
+Reading Host::doWith( const Object& object, const Action& action ) {
+   if ( auto failure = obstacle( object ) ) {
+      return unreadable( *object.entry, action, *failure );
    }
-   if ( object.failure ) {
-      reading.failure = object.failure;
+   Reading reading;
+   auto thrown = attempt( object, [&] { reading = action( object.record, *object.entry ); } );
+   if ( thrown ) {
+      return unreadable(
+         *object.entry, action, { QL_STATUS_FAILED, fmt::format( "the library threw: {}", *thrown ) } );
    }
    if ( reading.failure ) {
       reading.state = "failed";
    }
    return reading;
+}
+
+std::optional<Failure> Host::obstacle( const Object& object ) const {
+   if ( object.failure || !object.entry->kind->usesCpld || !Surroundings::isSimulation() ) {
+      return object.failure;
+   }
+   const Object* failed = nullptr;
+   for ( auto& other : objects_ ) {
+      if ( other.entry->did == cpld_ ) {
+         if ( !other.failure ) {
+            return {};
+         }
+         failed = &other;
+      }
+   }
+   if ( failed ) {
+      return Failure { failed->failure->status,
+         fmt::format( "needs {}, which failed: {}", failed->entry->name, failed->failure->message ) };
+   }
+   return Failure { QL_STATUS_FAILED,
+      fmt::format( "in simulation objects.json must have an object on the device {}, \"{}\", such as a gpio",
+         cpld_, cpldLabel ) };
 }
 
 std::optional<std::string> Host::attempt( const Object& object, const std::function<void()>& call ) {
@@ -108,4 +146,11 @@ std::optional<std::string> Host::attempt( const Object& object, const std::funct
    }
    progress_.object = Supervisor::Progress::noObject;
    return thrown;
+}
+
+Reading unreadable( const ObjectEntry& object, const Action& action, const Failure& failure ) {
+   auto reading = action( nullptr, object );
+   reading.state = "failed";
+   reading.failure = failure;
+   return reading;
 }

@@ -10,6 +10,9 @@
 #include <string>
 #include <vector>
 
+/** What a command does with an object. @param record null for an object that could not be made */
+using Action = std::function<Reading( void* record, const ObjectEntry& object )>;
+
 /** Failures by index of the object. */
 using KnownFailures = std::map<size_t, Failure>;
 
@@ -24,8 +27,8 @@ public:
    Host( const std::string& pluginPath, const Board& board, const std::vector<const ObjectEntry*>& objects,
       const KnownFailures& known, Supervisor::Progress& progress );
 
-   /** Reads every object. */
-   std::vector<Reading> read();
+   /** Does the same with each of the objects; with those that failed, with a null record. */
+   std::vector<Reading> doWithEach( const Action& action );
 
 private:
    struct Object {
@@ -34,16 +37,26 @@ private:
       std::optional<Failure> failure;
    };
 
+   /** Appends what has to be made for the objects beside them. */
+   void appendHelper( const Board& board );
    void init( const std::string& topology );
    void initKind( std::string_view kind, const std::string& topology );
    void add( Object& object );
-   Reading read( const Object& object );
+   Reading doWith( const Object& object, const Action& action );
+   /** Why nothing can be done with an object, if that is so. */
+   std::optional<Failure> obstacle( const Object& object ) const;
    /** Calls the library for an object. @return what it threw, if anything */
    std::optional<std::string> attempt( const Object& object, const std::function<void()>& call );
 
    Plugin plugin_;
+   /** The objects that are worked on, and behind them their helper. */
    std::vector<Object> objects_;
+   size_t count_;
+   uint32_t cpld_;
    Supervisor::Progress& progress_;
 };
+
+/** An object of which nothing could be read: its settings, and why. */
+Reading unreadable( const ObjectEntry& object, const Action& action, const Failure& failure );
 
 #endif

@@ -18,6 +18,7 @@ namespace {
 int shownLevel = -1;
 LastLine ownLine {};
 LastLine* kept = &ownLine;
+std::string pollFailure;
 
 /** Levels 0 to 3 tell of failures and of transport; above are entries of functions and register lines. */
 constexpr int deepestKept = 3;
@@ -37,7 +38,18 @@ constexpr const char* echoes[] = {
    "newSfpXcvr() failed",
    "newQsfpXcvr() failed",
    "newCmisXcvr() failed",
+   "Error: setting fan ",
+   "Reading Reset Reason Register FAILED",
+   "Clearing Reset Reason Register FAILED",
+   "Reading CPLD minor version Register FAILED",
+   "Reading CPLD major version Register FAILED",
+   "Updating reboot action config register to ",
+   "Writing Reboot action config register FAILED",
 };
+
+/** The first and the last line of a poll that fails; those that tell why stand between them. */
+constexpr const char* pollBegin = "SelvaneXcvr::updateRegisterCache()";
+constexpr const char* pollEnd = "Failed to poll information for SelvaneXcvr";
 
 bool isEcho( const std::string& line ) {
    return std::any_of(
@@ -53,7 +65,11 @@ void take( int level, const std::string& line ) {
    if ( level <= shownLevel ) {
       fmt::print( stderr, "trace {}: {}\n", level, line );
    }
-   if ( level <= deepestKept && !isEcho( line ) ) {
+   if ( line == pollBegin ) {
+      record( "" );
+   } else if ( line == pollEnd ) {
+      pollFailure = kept->text;
+   } else if ( level <= deepestKept && !isEcho( line ) ) {
       record( line );
    }
 }
@@ -67,6 +83,8 @@ void recordIn( LastLine& line ) { kept = &line; }
 std::string lastLine() { return kept->text; }
 
 void forgetLine() { record( "" ); }
+
+std::string lastPollFailure() { return pollFailure; }
 
 } // namespace HostServices
 

@@ -21,6 +21,9 @@ void recordIn( LastLine& line );
 std::string lastLine();
 void forgetLine();
 
+/** Why the library's last poll of transceivers failed that did fail, or nothing. */
+std::string lastPollFailure();
+
 } // namespace HostServices
 
 #endif

@@ -106,6 +106,12 @@ const Inventory::Device* Inventory::find( uint32_t did ) const {
    return found == devices.end() ? nullptr : &*found;
 }
 
+const Inventory::Device* Inventory::at( const std::string& pointer ) const {
+   auto found = std::find_if(
+      devices.begin(), devices.end(), [&]( auto& device ) { return device.pointer == pointer; } );
+   return found == devices.end() ? nullptr : &*found;
+}
+
 bool Inventory::hasComponent( uint32_t uid ) const {
    return std::any_of(
       components.begin(), components.end(), [=]( auto& component ) { return component.uid == uid; } );

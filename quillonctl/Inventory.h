@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+/** The label of the device that is the platform's CPLD. */
+constexpr const char* cpldLabel = "CpuCpld";
+
 /** What lies in a topology document, in document order, and where. */
 struct Inventory {
    struct Device {
@@ -48,6 +51,8 @@ struct Inventory {
 
    /** The first device with an id, or null. */
    const Device* find( uint32_t did ) const;
+   /** The device at a place in the document, or null. */
+   const Device* at( const std::string& pointer ) const;
    bool hasComponent( uint32_t uid ) const;
 };
 

@@ -33,9 +33,29 @@ void writeString( Writer& json, std::string_view key, const std::string& value )
    json.String( validUtf8( value ).c_str() );
 }
 
-void writeNumber( Writer& json, std::string_view key, const std::optional<double>& value ) {
-   json.Key( key.data(), static_cast<rapidjson::SizeType>( key.size() ) );
-   value&& std::isfinite( *value ) ? json.Double( *value ) : json.Null();
+void writeNumber( Writer& json, double value, const Field& field ) {
+   if ( !std::isfinite( value ) ) {
+      json.Null();
+   } else if ( field.decimals == 0 ) {
+      json.Int64( std::llround( value ) );
+   } else {
+      json.Double( value );
+   }
+}
+
+void writeValue( Writer& json, const Field& field, const Value& value ) {
+   if ( auto text = std::get_if<std::string>( &value ) ) {
+      writeString( json, field.key, *text );
+      return;
+   }
+   json.Key( field.key.data(), static_cast<rapidjson::SizeType>( field.key.size() ) );
+   if ( auto number = std::get_if<double>( &value ) ) {
+      writeNumber( json, *number, field );
+   } else if ( auto flag = std::get_if<bool>( &value ) ) {
+      json.Bool( *flag );
+   } else {
+      json.Null();
+   }
 }
 
 void writeFailure( Writer& json, const std::optional<Failure>& failure ) {
@@ -53,12 +73,11 @@ void writeFailure( Writer& json, const std::optional<Failure>& failure ) {
 }
 
 void writeObject( Writer& json, const StatusLine& line ) {
-   auto& kind = *line.object->kind;
    json.StartObject();
-   writeString( json, "kind", std::string( kind.name ) );
+   writeString( json, "kind", std::string( line.object->kind->name ) );
    writeString( json, "name", line.object->name );
-   for ( size_t i = 0; i < kind.fields.size(); ++i ) {
-      writeNumber( json, kind.fields[i].key, line.reading.values[i] );
+   for ( size_t i = 0; i < line.fields.size(); ++i ) {
+      writeValue( json, line.fields[i], line.reading.values[i] );
    }
    writeString( json, "state", std::string( line.reading.state ) );
    writeFailure( json, line.reading.failure );

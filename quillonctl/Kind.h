@@ -3,10 +3,12 @@
 
 #include "Errors.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 class Plugin;
@@ -19,6 +21,10 @@ struct ObjectEntry {
    /** Thresholds in degrees Celsius; only temperature sensors have them. */
    std::optional<double> alert;
    std::optional<double> critical;
+   /** Speed at full drive, in revolutions per minute; only fans have it. */
+   std::optional<int> maxRpm;
+   /** The device of the topology; a system object has none. */
+   std::optional<uint32_t> did;
    /** The argument document. The library may go on reading it for as long as the process lives. */
    std::string args;
 };
@@ -26,15 +32,20 @@ struct ObjectEntry {
 /** A column of the table of a kind, and a member of its JSON objects. */
 struct Field {
    std::string_view key;
+   /** Empty for a text that is too long for a table. */
    std::string_view heading;
-   std::string_view unit;
-   int decimals;
+   std::string_view unit = {};
+   /** Decimals of a number. */
+   int decimals = 0;
 };
+
+/** Something that is known or not: a number, a yes or no, or a text. */
+using Value = std::variant<std::monostate, double, bool, std::string>;
 
 /** What is known of an object at one time. */
 struct Reading {
-   /** One for each field of the kind; none where there is no value. */
-   std::vector<std::optional<double>> values;
+   /** One for each field. */
+   std::vector<Value> values;
    /** A word such as "ok"; "failed" with a failure. */
    std::string_view state;
    std::optional<Failure> failure;
@@ -53,6 +64,8 @@ struct Kind {
     * @param record null for an object that could not be made, of which the settings alone are known
     */
    Reading ( *read )( void* record, const ObjectEntry& object );
+   /** Whether the library works on the platform's CPLD for such an object, which it finds by its label. */
+   bool usesCpld = false;
 };
 
 /** All kinds, in the order of the output. */
@@ -61,20 +74,12 @@ std::span<const Kind* const> kinds();
 /** The kind of a name, or null. */
 const Kind* findKind( std::string_view name );
 
+extern const Kind systemKind;
 extern const Kind tempSensorKind;
-
-/** Why a reading failed: what the plug-in has traced of it, or else what the status means. */
-Failure readFailure( std::string_view what, ql_status status );
-
-/** Whether a table has a callback: the slot must lie within the table's size and hold a pointer. */
-template <typename Ops, typename Slot>
-bool hasSlot( const Ops* ops, Slot Ops::*slot ) {
-   if ( !ops ) {
-      return false;
-   }
-   auto begin = reinterpret_cast<const char*>( ops );
-   auto end = reinterpret_cast<const char*>( &( ops->*slot ) + 1 );
-   return static_cast<size_t>( end - begin ) <= ops->size && ops->*slot;
-}
+extern const Kind fanKind;
+extern const Kind slotKind;
+extern const Kind xcvrKind;
+extern const Kind ledKind;
+extern const Kind gpioKind;
 
 #endif

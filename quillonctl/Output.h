@@ -9,8 +9,13 @@
 /** An object with what was read of it. */
 struct StatusLine {
    const ObjectEntry* object;
+   /** What the values of the reading are. */
+   std::span<const Field> fields;
    Reading reading;
 };
+
+/** Writes a text as a whole, so that no reader ever sees half of it. @throw std::system_error */
+void write( const std::string& text );
 
 /** A table for each kind that is there, for people. */
 std::string asText( const std::vector<StatusLine>& lines, bool coloured );

@@ -1,17 +1,15 @@
 #include "StatusCommand.h"
 
 #include "EventLoop.h"
-#include "Host.h"
 #include "Names.h"
 #include "Output.h"
+#include "Session.h"
 
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <cstdio>
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <system_error>
+#include <map>
 
 #include <unistd.h>
 
@@ -20,13 +18,6 @@ namespace {
 bool colourIsWelcome() {
    auto refusal = getenv( "NO_COLOR" );
    return isatty( STDOUT_FILENO ) && ( !refusal || !*refusal );
-}
-
-/** Writes a round as a whole, so that no reader ever sees half of one. */
-void write( const std::string& text ) {
-   if ( fwrite( text.data(), 1, text.size(), stdout ) != text.size() || fflush( stdout ) != 0 ) {
-      throw std::system_error( errno, std::generic_category(), "cannot write the output" );
-   }
 }
 
 class StatusCommand {
@@ -38,30 +29,19 @@ public:
       , chosen_( choose( board_, status.names ) ) {}
 
    int run() {
-      try {
-         return Supervisor::run( [this]( auto& progress ) { return show( progress ); },
-            [this]( auto& crash ) {
-               crashes_[crash.object] = Failure { QL_STATUS_FAILED, crash.reason };
-            } );
-      } catch ( const HostError& error ) {
-         return showNothing( error );
-      }
+      return Session( options_, board_, chosen_ )
+         .run( [this]( auto& host, auto& progress ) { return showRounds( host, progress ); },
+            [this]( auto& error ) { return showNothing( error ); } );
    }
 
 private:
-   /** In the child process. */
-   int show( Supervisor::Progress& progress ) {
-      try {
-         Host host( options_.plugin, board_, chosen_, crashes_, progress );
-         return showRounds( host, progress );
-      } catch ( const HostError& error ) {
-         return showNothing( error );
-      }
+   static Reading read( void* record, const ObjectEntry& object ) {
+      return object.kind->read( record, object );
    }
 
    int showRounds( Host& host, Supervisor::Progress& progress ) {
       if ( !status_.interval ) {
-         return showRound( host.read(), true ) ? exitGood : exitFailure;
+         return showRound( host.doWithEach( read ), true ) ? exitGood : exitFailure;
       }
       eventLoop().catchStop();
       auto interval = std::chrono::duration_cast<EventLoop::Clock::duration>(
@@ -69,7 +49,7 @@ private:
       auto next = EventLoop::Clock::now();
       auto good = true;
       for ( ;; ) {
-         good = showRound( host.read(), progress.rounds == 0 ) && good;
+         good = showRound( host.doWithEach( read ), progress.rounds == 0 ) && good;
          ++progress.rounds;
          if ( progress.rounds == status_.count ) {
             break;
@@ -87,7 +67,7 @@ private:
    bool showRound( const std::vector<Reading>& readings, bool isFirst ) {
       std::vector<StatusLine> lines;
       for ( size_t i = 0; i < readings.size(); ++i ) {
-         lines.push_back( { chosen_[i], readings[i] } );
+         lines.push_back( { chosen_[i], chosen_[i]->kind->fields, readings[i] } );
       }
       write( options_.json ? asJson( board_.name, lines, {} )
                            : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome() ) );
@@ -97,7 +77,7 @@ private:
    /** Tells each failure when it comes up, not again in every round. */
    bool complainOf( const std::vector<StatusLine>& lines ) {
       auto good = true;
-      for ( auto& [object, reading] : lines ) {
+      for ( auto& [object, fields, reading] : lines ) {
          auto& told = told_[object];
          auto message = reading.failure ? reading.failure->message : "";
          if ( !message.empty() && message != told ) {
@@ -115,9 +95,8 @@ private:
       if ( options_.json ) {
          std::vector<StatusLine> lines;
          for ( auto object : chosen_ ) {
-            lines.push_back( { object, object->kind->read( nullptr, *object ) } );
-            lines.back().reading.state = "failed";
-            lines.back().reading.failure = Failure { error.status, error.what() };
+            lines.push_back( { object, object->kind->fields,
+               unreadable( *object, read, { error.status, error.what() } ) } );
          }
          write( asJson( board_.name, lines, {} ) );
       }
@@ -128,7 +107,6 @@ private:
    const StatusOptions& status_;
    const Board board_;
    const std::vector<const ObjectEntry*> chosen_;
-   KnownFailures crashes_;
    std::map<const ObjectEntry*, std::string> told_;
 };
 

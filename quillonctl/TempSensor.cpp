@@ -1,5 +1,4 @@
-#include "Kind.h"
-#include "Plugin.h"
+#include "Calls.h"
 
 namespace {
 
@@ -16,19 +15,15 @@ void* add( const Plugin& plugin, const ObjectEntry& object ) {
 }
 
 Reading read( void* record, const ObjectEntry& object ) {
-   Reading reading { { {}, object.alert, object.critical }, "failed", {} };
+   Reading reading { { {}, *object.alert, *object.critical }, "failed", {} };
    auto sensor = static_cast<ql_temp_sensor*>( record );
    if ( !sensor ) {
       return reading;
    }
-   if ( !hasSlot( sensor->ops, &ql_temp_sensor_ops::get_temperature ) ) {
-      reading.failure = readFailure( "temperature", QL_STATUS_NOT_SUPPORTED );
-      return reading;
-   }
    float degrees = 0;
-   auto status = sensor->ops->get_temperature( sensor, &degrees );
+   auto status = Calls::call( sensor->ops, &ql_temp_sensor_ops::get_temperature, sensor, &degrees );
    if ( status != QL_STATUS_OK ) {
-      reading.failure = readFailure( "temperature", status );
+      reading.failure = Calls::failure( "read the temperature", status );
       return reading;
    }
    reading.values.front() = degrees;

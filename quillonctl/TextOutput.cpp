@@ -15,52 +15,91 @@ size_t widthOf( const std::string& text ) {
       std::count_if( text.begin(), text.end(), []( char c ) { return ( c & 0xC0 ) != 0x80; } ) );
 }
 
-std::string textOf( const std::optional<double>& value, const Field& field ) {
-   if ( !value || !std::isfinite( *value ) ) {
+std::string textOf( double number, const Field& field ) {
+   if ( !std::isfinite( number ) ) {
       return "-";
    }
    // Halves go away from zero, as people round them; printf would make 0.25 a 0.2, and 0.75 a 0.8.
    auto scale = std::pow( 10, field.decimals );
-   auto rounded = std::round( *value * scale ) / scale;
-   return fmt::format( "{:.{}f} {}", rounded == 0 ? 0.0 : rounded, field.decimals, field.unit );
+   auto rounded = std::round( number * scale ) / scale;
+   auto text = fmt::format( "{:.{}f}", rounded == 0 ? 0.0 : rounded, field.decimals );
+   return field.unit.empty() ? text : fmt::format( "{} {}", text, field.unit );
+}
+
+std::string textOf( const Value& value, const Field& field ) {
+   if ( auto number = std::get_if<double>( &value ) ) {
+      return textOf( *number, field );
+   }
+   if ( auto flag = std::get_if<bool>( &value ) ) {
+      return *flag ? "yes" : "no";
+   }
+   auto text = std::get_if<std::string>( &value );
+   return text ? *text : "-";
 }
 
 std::string statusOf( const Reading& reading ) {
    return reading.failure ? wordsOf( reading.failure->status ).name : std::string( reading.state );
 }
 
+struct StateColour {
+   std::string_view state;
+   const char* colour;
+};
+
+constexpr StateColour colours[] = {
+   { "failed", "\033[1;31m" },
+   { "critical", "\033[1;31m" },
+   { "stalled", "\033[1;31m" },
+   { "fault", "\033[1;31m" },
+   { "alert", "\033[33m" },
+   { "absent", "\033[2m" },
+   { "ok", "\033[32m" },
+};
+
 const char* colourOf( const Reading& reading ) {
-   constexpr auto red = "\033[1;31m";
-   constexpr auto yellow = "\033[33m";
-   constexpr auto green = "\033[32m";
-   return reading.failure || reading.state == "critical" ? red : reading.state == "alert" ? yellow : green;
+   auto row = std::find_if( std::begin( colours ), std::end( colours ),
+      [&]( auto& candidate ) { return candidate.state == reading.state; } );
+   return row == std::end( colours ) ? "" : row->colour;
 }
 
 /** The cells of a line but for the status. */
 using Row = std::vector<std::string>;
 
+/** The fields of a kind that have a column. */
+std::vector<size_t> columnsOf( const Kind& kind ) {
+   std::vector<size_t> columns;
+   for ( size_t i = 0; i < kind.fields.size(); ++i ) {
+      if ( !kind.fields[i].heading.empty() ) {
+         columns.push_back( i );
+      }
+   }
+   return columns;
+}
+
 Row headingsOf( const Kind& kind ) {
    Row row { "NAME" };
-   for ( auto& field : kind.fields ) {
-      row.emplace_back( field.heading );
+   for ( auto column : columnsOf( kind ) ) {
+      row.emplace_back( kind.fields[column].heading );
    }
    return row;
 }
 
 Row rowOf( const Kind& kind, const StatusLine& line ) {
    Row row { line.object->name };
-   for ( size_t i = 0; i < kind.fields.size(); ++i ) {
-      row.push_back( textOf( line.reading.values[i], kind.fields[i] ) );
+   for ( auto column : columnsOf( kind ) ) {
+      row.push_back( textOf( line.reading.values[column], kind.fields[column] ) );
    }
    return row;
 }
 
-/** Names to the left, values to the right, and room for the status. */
-std::string aligned( const Row& row, const std::vector<size_t>& widths ) {
+/** Names and words to the left, measured values to the right, and room for the status. */
+std::string aligned( const Kind& kind, const Row& row, const std::vector<size_t>& widths ) {
+   auto columns = columnsOf( kind );
    std::string text;
    for ( size_t i = 0; i < row.size(); ++i ) {
       std::string padding( widths[i] - widthOf( row[i] ), ' ' );
-      text += ( i == 0 ? row[i] + padding : padding + row[i] ) + "  ";
+      auto isLeft = i == 0 || kind.fields[columns[i - 1]].unit.empty();
+      text += ( isLeft ? row[i] + padding : padding + row[i] ) + "  ";
    }
    return text;
 }
@@ -76,10 +115,10 @@ std::string tableOf( const Kind& kind, const std::vector<const StatusLine*>& lin
          []( auto& cell, auto width ) { return std::max( width, widthOf( cell ) ); } );
    }
 
-   auto table = fmt::format( "{}\n{}STATUS\n", kind.title, aligned( rows.front(), widths ) );
+   auto table = fmt::format( "{}\n{}STATUS\n", kind.title, aligned( kind, rows.front(), widths ) );
    for ( size_t i = 0; i < lines.size(); ++i ) {
       auto& reading = lines[i]->reading;
-      table += aligned( rows[i + 1], widths );
+      table += aligned( kind, rows[i + 1], widths );
       table += coloured ? fmt::format( "{}{}\033[0m\n", colourOf( reading ), statusOf( reading ) )
                         : statusOf( reading ) + '\n';
    }

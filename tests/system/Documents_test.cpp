@@ -80,12 +80,16 @@ INSTANTIATE_TEST_SUITE_P( Topology, RightDocument,
    } ),
    nameOf );
 
+/** In simulation a system object needs another object on the CPLD. */
+const std::string cpldBit = R"({ "kind": "gpio", "name": "bit", "args": { "did": 9, "driver": "GpioDriver",
+   "address": { "address": 48 }, "driverArgs": { "register": 5, "bitpos": 0 } } })";
+
 INSTANTIATE_TEST_SUITE_P( Objects, RightDocument,
    ::testing::ValuesIn( std::vector<Row> {
       { "Schema", objects( R"({ "$schema": "objects.schema.json", "objects": [] })" ), {} },
-      { "SystemWithoutArguments", object( R"({ "kind": "system", "name": "switch" })" ), {} },
-      { "SystemWithAnyArguments", object( R"({ "kind": "system", "name": "a", "args": { "did": "x" } })" ),
-         {} },
+      { "SystemWithoutArguments", object( R"({ "kind": "system", "name": "switch" },)" + cpldBit ), {} },
+      { "SystemWithAnyArguments",
+         object( R"({ "kind": "system", "name": "a", "args": { "did": "x" } },)" + cpldBit ), {} },
       { "EqualThresholds", object( R"({ "kind": "temp_sensor", "name": "a/b:c.d_e-f", "alert": -128,
          "critical": -128.0, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
          {} },

@@ -16,6 +16,7 @@ using ::testing::ContainsRegex;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 namespace {
 
@@ -352,7 +353,7 @@ INSTANTIATE_TEST_SUITE_P(, FailingObject,
       Behaviour { "Failed", "answers 6", "FAILED", "cannot read the temperature: the operation failed" },
       Behaviour { "UnknownStatus", "answers 77", "UNKNOWN",
          "cannot read the temperature: the library gave the unknown status 77" },
-      Behaviour { "ExceptionFromRead", "throws", "FAILED", "not read: Not implemented addRead32" } ),
+      Behaviour { "ExceptionFromRead", "throws", "FAILED", "the library threw: Not implemented addRead32" } ),
    []( auto& test ) { return test.param.name; } );
 
 TEST_F( Host, WritesAFailingReadAsJson ) {
@@ -407,35 +408,146 @@ TEST_F( Host, LetsATimerDeleteItself ) {
 }
 
 TEST_F( Host, ListsEveryKindOfObject ) {
-   std::string objects = R"({ "kind": "system", "name": "switch" })";
-   auto add = [&]( const std::string& kind, const std::string& driverArgs ) {
-      objects += fmt::format( R"(, {{ "kind": "{0}", "name": "{0}1", "args": {{ "did": 1, "driver": "Dummy",
-         "address": {{ "address": 1 }}, "driverArgs": {{ {1} }} }} }})",
-         kind, driverArgs );
-   };
-   add( "fan", R"("fanId": 1, "maxRpm": 20000, "registerOffset": 0)" );
-   add( "psu", R"("script": "silent")" );
-   add( "slot", R"("fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "")" );
-   add( "xcvr", R"("id": 1, "type": "sfp")" );
-   add( "poe_port", "" );
-   add( "led", "" );
-   add( "gpio", R"("register": 1, "bitpos": 0)" );
+   auto objects = scriptedObject( "system", "switch", "" );
+   for ( auto& [kind, script] : { std::pair( "fan", "is 9300" ), std::pair( "psu", "silent" ),
+            std::pair( "slot", "" ), std::pair( "xcvr", "is 4" ), std::pair( "poe_port", "" ),
+            std::pair( "led", "" ), std::pair( "gpio", "is 1" ) } ) {
+      objects += "," + scriptedObject( kind, fmt::format( "{}1", kind ), script );
+   }
    objects += "," + scripted( "inlet", 2, "is 20" );
 
    auto result = runScripted( objects );
 
-   EXPECT_EQ( result.out, "System\nNAME    STATUS\nswitch  ok\n"
-                          "\nTemperature sensors\nNAME   TEMPERATURE    ALERT  CRITICAL  STATUS\n"
+   EXPECT_EQ( result.out, "System\n"
+                          "NAME    VERSION  STATUS\n"
+                          "switch  0x01.2a  ok\n"
+                          "\nTemperature sensors\n"
+                          "NAME   TEMPERATURE    ALERT  CRITICAL  STATUS\n"
                           "inlet      20.0 °C  45.0 °C   55.0 °C  ok\n"
-                          "\nFans\nNAME  STATUS\nfan1  ok\n"
-                          "\nPower supplies\nNAME  STATUS\npsu1  FAILED\n"
-                          "\nSlots\nNAME   STATUS\nslot1  ok\n"
-                          "\nTransceivers\nNAME   STATUS\nxcvr1  ok\n"
-                          "\nPoE ports\nNAME       STATUS\npoe_port1  ok\n"
-                          "\nLEDs\nNAME  STATUS\nled1  ok\n"
-                          "\nGPIOs\nNAME   STATUS\ngpio1  ok\n" );
+                          "\nFans\n"
+                          "NAME     SPEED    MAXIMUM  STATUS\n"
+                          "fan1  9300 rpm  20000 rpm  ok\n"
+                          "\nPower supplies\n"
+                          "NAME  STATUS\n"
+                          "psu1  FAILED\n"
+                          "\nSlots\n"
+                          "NAME   PRESENT  MODEL    SERIAL  STATUS\n"
+                          "slot1  yes      FAN-1'F  S0      ok\n"
+                          "\nTransceivers\n"
+                          "NAME   PRESENT  TX FAULT  RX LOS  TX DISABLE  STATUS\n"
+                          "xcvr1  yes      no        yes     no          ok\n"
+                          "\nPoE ports\n"
+                          "NAME       STATUS\n"
+                          "poe_port1  ok\n"
+                          "\nLEDs\n"
+                          "NAME  SETTABLE  STATUS\n"
+                          "led1  yes       ok\n"
+                          "\nGPIOs\n"
+                          "NAME   VALUE  STATUS\n"
+                          "gpio1  1      ok\n" );
    EXPECT_EQ( result.err, "quillonctl: psu1: not created: the library gave no reason\n" );
    EXPECT_EQ( result.exitStatus, 1 );
+}
+
+struct KindRow {
+   const char* name;
+   const char* kind;
+   const char* script;
+   /** Members of the JSON object behind its name. */
+   const char* json;
+};
+
+TEST_F( Host, WritesEveryKindAsJson ) {
+   const KindRow rows[] = {
+      { "Fan", "fan", "is 9300", R"("rpm":9300,"max_rpm":20000,"state":"ok","error":null)" },
+      { "SlowestFan", "fan", "is 2000", R"("rpm":2000,"max_rpm":20000,"state":"ok","error":null)" },
+      { "BlockedFan", "fan", "is 1999", R"("rpm":1999,"max_rpm":20000,"state":"stalled","error":null)" },
+      { "StandingFan", "fan", "answers 2",
+         R"("rpm":null,"max_rpm":20000,"state":"failed","error":{"status":"QL_STATUS_DEVICE_ERROR","code":2,)"
+         R"("message":"cannot read the speed: the fan stands still, or its tachometer does not count"}})" },
+      { "FailingFan", "fan", "fails",
+         R"("rpm":null,"max_rpm":20000,"state":"failed","error":{"status":"QL_STATUS_IO_ERROR","code":4,)"
+         R"("message":"cannot read the speed: execute: failure in response request 0: no acknowledge"})" },
+      { "Slot", "slot", "",
+         R"("present":true,"model":"FAN-1'F","serial":"S0","identification":"FruFactoryIds: )"
+         R"(QLDevice\nslotId = 2\nfanTray.modelName = 'FAN-1'F'\nfanTray.serialNum = 'S0'\nfan.libPath = )"
+         R"(''\n","state":"ok","error":null)" },
+      { "FailingSlot", "slot", "answers 6",
+         R"("present":null,"model":null,"serial":null,"identification":null,"state":"failed",)"
+         R"("error":{"status":"QL_STATUS_FAILED","code":6,)"
+         R"("message":"cannot read the presence: the operation failed"})" },
+      { "Module", "xcvr", "is 8",
+         R"("present":true,"tx_fault":false,"rx_los":false,"tx_disable":true,"state":"ok","error":null)" },
+      { "FaultyModule", "xcvr", "is 2",
+         R"("present":true,"tx_fault":true,"rx_los":false,"tx_disable":false,"state":"fault","error":null)" },
+      { "NoModule", "xcvr", "is 5",
+         R"("present":false,"tx_fault":false,"rx_los":true,"tx_disable":false,"state":"absent","error":null)" },
+      { "ModuleWithoutSfpSignals", "xcvr", "qsfp 0",
+         R"("present":true,"tx_fault":null,"rx_los":null,"tx_disable":null,"state":"ok","error":null)" },
+      { "NoModuleWithoutSfpSignals", "xcvr", "qsfp 1",
+         R"("present":false,"tx_fault":null,"rx_los":null,"tx_disable":null,"state":"absent","error":null)" },
+      { "StaleModule", "xcvr", "answers 4",
+         R"("present":null,"tx_fault":null,"rx_los":null,"tx_disable":null,"state":"failed",)"
+         R"("error":{"status":"QL_STATUS_IO_ERROR","code":4,)"
+         R"("message":"cannot read the presence: the last poll failed"})" },
+      { "Led", "led", "", R"("settable":true,"state":"ok","error":null)" },
+      { "LedWithoutTable", "led", "noTable", R"("settable":false,"state":"ok","error":null)" },
+      { "MissingLed", "led", "silent",
+         R"("settable":null,"state":"failed","error":{"status":"QL_STATUS_FAILED","code":6,)"
+         R"("message":"not created: the library gave no reason"})" },
+      { "SetBit", "gpio", "is 1", R"("value":1,"state":"ok","error":null)" },
+      { "ClearBit", "gpio", "is 0", R"("value":0,"state":"ok","error":null)" },
+      { "FailingBit", "gpio", "answers 6",
+         R"("value":null,"state":"failed","error":{"status":"QL_STATUS_FAILED","code":6,)"
+         R"("message":"cannot read the bit: the operation failed"})" },
+   };
+   for ( auto& row : rows ) {
+      auto result = runScripted( scriptedObject( row.kind, "it", row.script ), { "--json" } );
+
+      EXPECT_THAT( result.out, StartsWith( fmt::format( R"({{"board":"bench","objects":[{{"kind":"{}",)"
+                                                        R"("name":"it",{})",
+                                  row.kind, row.json ) ) )
+         << row.name;
+      EXPECT_EQ( std::count( result.out.begin(), result.out.end(), '\n' ), 1 ) << row.name;
+   }
+}
+
+TEST_F( Host, MakesTheCpldForASystemThroughAnObjectThatIsNotShown ) {
+   auto board = boardWith( scriptedObject( "system", "switch", "" ) + "," + scripted( "inlet", 1, "is 20" ) +
+                           "," + scriptedObject( "gpio", "bit", "" ) );
+
+   auto result = run( { "--sim", "--board", board, "--trace", "0", "status", "switch" } );
+
+   EXPECT_EQ( result.out, "System\n"
+                          "NAME    VERSION  STATUS\n"
+                          "switch  0x00.00  ok\n" );
+   EXPECT_THAT( result.err, HasSubstr( "trace 0: creating HardwareDevice GpioDriver\n" ) );
+   EXPECT_THAT( result.err, Not( HasSubstr( "PCT2075" ) ) );
+   EXPECT_EQ( result.exitStatus, 0 );
+}
+
+TEST_F( Host, SaysWhatASystemNeedsInSimulation ) {
+   auto result =
+      run( { "--sim", "--board", boardWith( scriptedObject( "system", "switch", "" ) ), "status" } );
+
+   EXPECT_EQ( result.out, "System\n"
+                          "NAME    VERSION  STATUS\n"
+                          "switch  -        FAILED\n" );
+   EXPECT_EQ( result.err,
+      "quillonctl: switch: in simulation objects.json must have an object on the device 9, "
+      "\"CpuCpld\", such as a gpio\n" );
+   EXPECT_EQ( result.exitStatus, 1 );
+}
+
+TEST_F( Host, SaysThatWhatASystemNeedsHasFailed ) {
+   auto result = runScripted(
+      scriptedObject( "system", "switch", "" ) + "," + scriptedObject( "gpio", "bit", "abortsAtOnce" ),
+      { "switch" } );
+
+   EXPECT_EQ( result.err, "quillonctl: switch: needs bit, which failed: the library ended its process "
+                          "(Aborted) after \"execute: failure in response request 0: no acknowledge\"\n" );
+   EXPECT_EQ( result.exitStatus, 1 );
+   EXPECT_EQ( result.signal, 0 );
 }
 
 struct InitFailure {

@@ -1,33 +1,15 @@
 /**
- * A plug-in that does what the argument text of an object says: "driverArgs": { "script": "<word> <number>"
- * }. The environment variable INIT_SCRIPT does the same for the init functions.
+ * A plug-in that does what the scripts of its objects say. The environment variable INIT_SCRIPT does the same
+ * for the init functions. This file has those and the temperature sensors.
  */
-#include "quillon/ql.h"
+#include "Script.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
-#include <string>
 
 namespace {
-
-struct Script {
-   std::string word;
-   float number = 0;
-};
-
-Script scriptOf( const std::string& args ) {
-   const std::string key = R"("script":")";
-   auto begin = args.find( key );
-   if ( begin == std::string::npos ) {
-      return {};
-   }
-   begin += key.size();
-   auto text = args.substr( begin, args.find( '"', begin ) - begin );
-   auto blank = text.find( ' ' );
-   return { text.substr( 0, blank ), blank == std::string::npos ? 0 : std::stof( text.substr( blank ) ) };
-}
 
 struct Sensor {
    ql_temp_sensor record;
@@ -54,17 +36,8 @@ ql_status getTemperature( ql_temp_sensor* record, float* degrees ) {
    auto sensor = static_cast<Sensor*>( record->owner );
    auto& [word, number] = sensor->script;
    auto reads = ++sensor->reads;
-   if ( word == "fails" ) {
-      ql_trace( 4, "getTemperatureCallback" );
-      ql_trace( 3, "execute: failure in response request 0: no acknowledge" );
-      ql_trace( 6, "fine detail" );
-      return QL_STATUS_IO_ERROR;
-   }
-   if ( word == "answers" ) {
-      return static_cast<ql_status>( number );
-   }
-   if ( word == "throws" ) {
-      throw std::runtime_error( "Not implemented addRead32" );
+   if ( auto status = answer( sensor->script ) ) {
+      return status;
    }
    if ( word == "recovers" && reads < 3 ) {
       return QL_STATUS_DEVICE_ERROR;
@@ -95,50 +68,23 @@ ql_status init() {
    return script == "fails" ? QL_STATUS_FAILED : QL_STATUS_OK;
 }
 
-/** What all kinds do alike. @return whether there is to be an object */
-bool begin( const Script& script ) {
-   if ( script.word == "unknownDriver" ) {
-      ql_trace( 0, "driver PCT2076 not found" );
-      ql_trace( 0, "factory function returned a null object" );
-      return false;
-   }
-   if ( script.word == "throwsAtOnce" ) {
-      throw std::runtime_error( "Not implemented newThing" );
-   }
-   if ( script.word == "abortsAtOnce" ) {
-      ql_trace( 0, "setting alert threshold" );
-      ql_trace( 3, "execute: failure in response request 0: no acknowledge" );
-      abort();
-   }
-   return script.word != "silent";
-}
-
-/** A record of the shape of all kinds but system, without callbacks. */
-struct AnyRecord {
-   uint64_t reserved;
-   const void* ops;
-   void* owner;
-};
-
-void* addAny( const char* args ) {
-   static AnyRecord record {};
-   return begin( scriptOf( args ) ) ? &record : nullptr;
-}
-
 } // namespace
 
-#define ANY_KIND( kind )                                                                                     \
-   ql_status ql_##kind##_init( const char* ) { return init(); }                                              \
-   ql_##kind* ql_##kind##_add( const char* args ) { return static_cast<ql_##kind*>( addAny( args ) ); }
+ql_status ql_system_init( const char* ) { return init(); }
 
-ANY_KIND( system )
-ANY_KIND( fan )
-ANY_KIND( psu )
-ANY_KIND( led )
-ANY_KIND( slot )
-ANY_KIND( xcvr )
-ANY_KIND( gpio )
-ANY_KIND( poe_port )
+ql_status ql_fan_init( const char* ) { return init(); }
+
+ql_status ql_psu_init( const char* ) { return init(); }
+
+ql_status ql_led_init( const char* ) { return init(); }
+
+ql_status ql_slot_init( const char* ) { return init(); }
+
+ql_status ql_xcvr_init( const char* ) { return init(); }
+
+ql_status ql_gpio_init( const char* ) { return init(); }
+
+ql_status ql_poe_port_init( const char* ) { return init(); }
 
 ql_status ql_temp_sensor_init( const char* ) { return init(); }
 

@@ -2,8 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <sstream>
 
 #include <fcntl.h>
@@ -56,7 +58,7 @@ std::string SystemTest::read( const std::string& file ) const {
 
 std::string SystemTest::boardWith( const std::string& objects ) const {
    std::string devices = R"({ "did": 9, "label": "CpuCpld", "driver": null, "address": { "address": 48 } })";
-   for ( auto did = 1; did <= 5; ++did ) {
+   for ( auto did : { 1, 2, 3, 4, 5, 10, 11, 12, 13, 14 } ) {
       devices += fmt::format( ",\n{{ \"did\": {} }}", did );
    }
    write( "bench/topology.json",
@@ -84,4 +86,35 @@ std::string sensor( const std::string& name, int did, const std::string& more ) 
       R"({{ "kind": "temp_sensor", "name": "{0}", "alert": 45, "critical": 55, )"
       R"("args": {{ "did": {1}, "driver": "PCT2075", "address": {{ "address": 72 }}, "name": "{0}"{2} }} }})",
       name, did, more );
+}
+
+std::string scriptedObject( const std::string& kind, const std::string& name, const std::string& script ) {
+   struct Needs {
+      const char* driver;
+      const char* driverArgs;
+   };
+
+   static const std::map<std::string, Needs> needs = {
+      { "fan", { "EMC2305", R"("fanId": 1, "maxRpm": 20000, "registerOffset": 0, )" } },
+      { "gpio", { "GpioDriver", R"("register": 5, "bitpos": 0, )" } },
+      { "led", { "SelvaneSystemLed", R"("reg": 64, "id": 1, )" } },
+      { "poe_port", { "BCM59121", "" } },
+      { "psu", { "Dummy", "" } },
+      { "slot",
+         { "EMC2305",
+            R"("fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "", )" } },
+      { "system", { "Dummy", "" } },
+      { "xcvr", { "SelvaneXcvr", R"("id": 1, "type": "sfp", "presenceReg": 16, "presenceBit": 0,
+            "presenceActiveHigh": false, "rxLosReg": 16, "rxLosBit": 4, "rxLosActiveHigh": true,
+            "txFaultReg": 31, "txFaultBit": 0, "txFaultActiveHigh": true,
+            "txDisableReg": 31, "txDisableBit": 4, "txDisableActiveHigh": true, )" } },
+   };
+   static const std::vector<std::string> drivers = { "GpioDriver", "EMC2305", "SelvaneSystemLed", "BCM59121",
+      "Dummy", "SelvaneXcvr" };
+   auto& [driver, driverArgs] = needs.at( kind );
+   // GPIOs are on the CPLD, for other drivers there is a device behind the five places of the sensors.
+   auto did = 9 + ( std::find( drivers.begin(), drivers.end(), driver ) - drivers.begin() );
+   return fmt::format( R"({{ "kind": "{}", "name": "{}", "args": {{ "did": {}, "driver": "{}", )"
+                       R"("address": {{ "address": 48 }}, "driverArgs": {{ {}"script": "{}" }} }} }})",
+      kind, name, did, driver, driverArgs, script );
 }

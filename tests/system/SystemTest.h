@@ -23,7 +23,8 @@ protected:
    void write( const std::string& file, const std::string& text ) const;
    std::string read( const std::string& file ) const;
 
-   /** A folder with a topology of five sensors' places, dids 1 to 5, and these objects. */
+   /** A folder with a topology of places for five sensors, dids 1 to 5, and for other devices; and these
+    * objects. */
    std::string boardWith( const std::string& objects ) const;
 
    /** Changes a register file as another process may, under its lock. */
@@ -36,5 +37,8 @@ protected:
 
 /** An object of kind temp_sensor with thresholds 45 and 55. */
 std::string sensor( const std::string& name, int did, const std::string& more = "" );
+
+/** An object of another kind, which does with the scripted plug-in what `script` says. */
+std::string scriptedObject( const std::string& kind, const std::string& name, const std::string& script );
 
 #endif
