@@ -10,4 +10,6 @@ Failure failure( std::string_view action, ql_status status ) {
       fmt::format( "cannot {}: {}", action, reason.empty() ? wordsOf( status ).meaning : reason ) };
 }
 
+Reading failed( const Failure& failure ) { return { {}, "failed", failure }; }
+
 } // namespace Calls

@@ -1,6 +1,7 @@
 #ifndef CALLS_H
 #define CALLS_H
 
+#include "Command.h"
 #include "HostServices.h"
 #include "Kind.h"
 #include "Plugin.h"
@@ -40,6 +41,9 @@ ql_status call( const Ops* ops, ql_status ( *Ops::*slot )( Parameters... ), Argu
  * @param action what could not be done: "read the temperature"
  */
 Failure failure( std::string_view action, ql_status status );
+
+/** What a command gives that failed. */
+Reading failed( const Failure& failure );
 
 } // namespace Calls
 

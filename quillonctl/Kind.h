@@ -12,6 +12,7 @@
 #include <vector>
 
 class Plugin;
+struct Command;
 struct Kind;
 
 /** An object as objects.json asks for it. */
@@ -64,8 +65,15 @@ struct Kind {
     * @param record null for an object that could not be made, of which the settings alone are known
     */
    Reading ( *read )( void* record, const ObjectEntry& object );
+   /** The word that commands for objects of this kind begin with, if there are any. */
+   std::string_view command = {};
+   /** What these commands are for, in a few words. */
+   std::string_view help = {};
+   std::span<const Command> commands = {};
    /** Whether the library works on the platform's CPLD for such an object, which it finds by its label. */
    bool usesCpld = false;
+   /** Whether there is but one such object, which commands do not name. */
+   bool isSingle = false;
 };
 
 /** All kinds, in the order of the output. */

@@ -31,39 +31,19 @@ size_t distance( const std::string& from, const std::string& to ) {
    return row.back();
 }
 
-/** Up to three names that are near to a wrong one, or else what there is to choose from. */
-std::string suggestion( const std::string& name, const Board& board ) {
-   std::multimap<size_t, std::string> near;
-   std::vector<std::string> all;
-   for ( auto& object : board.objects ) {
-      all.push_back( object.name );
-      auto far = distance( name, object.name );
-      if ( far <= std::max<size_t>( 2, name.size() / 3 ) ) {
-         near.emplace( far, object.name );
-      }
-   }
-   if ( near.empty() ) {
-      constexpr size_t listable = 20;
-      return all.size() > listable ? "status without a name shows all"
-                                   : fmt::format( "there are {}", fmt::join( all, ", " ) );
-   }
-   std::vector<std::string> nearest;
-   for ( auto it = near.begin(); it != near.end() && nearest.size() < 3; ++it ) {
-      nearest.push_back( it->second );
-   }
-   return fmt::format( "did you mean {}?", fmt::join( nearest, " or " ) );
-}
-
 } // namespace
 
 std::vector<const ObjectEntry*> choose( const Board& board, const std::vector<std::string>& patterns ) {
+   std::vector<std::string> all;
+   std::transform( board.objects.begin(), board.objects.end(), std::back_inserter( all ),
+      []( auto& object ) { return object.name; } );
    std::vector<std::string> unknown;
    for ( auto& pattern : patterns ) {
       auto hits = std::any_of( board.objects.begin(), board.objects.end(),
          [&]( auto& object ) { return matches( pattern, object ); } );
       if ( !hits ) {
          unknown.push_back( fmt::format(
-            "the board {} has no object {}; {}", board.name, pattern, suggestion( pattern, board ) ) );
+            "the board {} has no object {}; {}", board.name, pattern, suggestion( pattern, all ) ) );
       }
    }
    if ( !unknown.empty() ) {
@@ -77,4 +57,52 @@ std::vector<const ObjectEntry*> choose( const Board& board, const std::vector<st
       }
    }
    return chosen;
+}
+
+std::vector<std::string> namesOf( const Board& board, const Kind& kind ) {
+   std::vector<std::string> names;
+   for ( auto& object : board.objects ) {
+      if ( object.kind == &kind ) {
+         names.push_back( object.name );
+      }
+   }
+   return names;
+}
+
+const ObjectEntry& find( const Board& board, const Kind& kind, const std::string& name ) {
+   auto found = std::find_if( board.objects.begin(), board.objects.end(),
+      [&]( auto& object ) { return object.kind == &kind && object.name == name; } );
+   if ( found == board.objects.end() ) {
+      throw InputError( { fmt::format( "the board {} has no {} {}; {}", board.name, kind.name, name,
+         suggestion( name, namesOf( board, kind ) ) ) } );
+   }
+   return *found;
+}
+
+const ObjectEntry& theOnly( const Board& board, const Kind& kind ) {
+   static const ObjectEntry notAskedFor { &kind, std::string( kind.name ), {}, {}, {}, {}, "{}" };
+   auto found = std::find_if(
+      board.objects.begin(), board.objects.end(), [&]( auto& object ) { return object.kind == &kind; } );
+   return found == board.objects.end() ? notAskedFor : *found;
+}
+
+std::string suggestion( const std::string& wrong, const std::vector<std::string>& words ) {
+   std::multimap<size_t, std::string> near;
+   for ( auto& word : words ) {
+      auto far = distance( wrong, word );
+      if ( far <= std::max<size_t>( 2, wrong.size() / 3 ) && far < std::max( wrong.size(), word.size() ) ) {
+         near.emplace( far, word );
+      }
+   }
+   if ( near.empty() ) {
+      constexpr size_t listable = 20;
+      return words.empty()             ? "there are none"
+             : words.size() > listable ? "status without a name shows all"
+                                       : fmt::format( "there are {}", fmt::join( words, ", " ) );
+   }
+   std::vector<std::string> nearest;
+   for ( auto it = near.begin(); it != near.end() && nearest.size() < 3; ++it ) {
+      nearest.push_back( it->second );
+   }
+   return fmt::format( "did you mean {}?", fmt::join( nearest, " or " ) );
 }

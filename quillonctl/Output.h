@@ -20,6 +20,9 @@ void write( const std::string& text );
 /** A table for each kind that is there, for people. */
 std::string asText( const std::vector<StatusLine>& lines, bool coloured );
 
+/** What was read of one object: a single value as it is, several as a table, long texts behind it. */
+std::string valuesAsText( const StatusLine& line );
+
 /** One JSON document in one line. */
 std::string asJson(
    const std::string& board, const std::vector<StatusLine>& lines, const std::vector<std::string>& errors );

@@ -42,6 +42,12 @@ Reading read( void* record, const ObjectEntry& ) {
    return reading;
 }
 
+const Command commands[] = {
+   { "", {}, "Shows what is in it", fields,
+      []( auto record, auto& slot, auto& ) { return read( record, slot ); } },
+};
+
 } // namespace
 
-const Kind slotKind = { "slot", "Slots", fields, Calls::add<ql_slot>, read };
+const Kind slotKind = { "slot", "Slots", fields, Calls::add<ql_slot>, read, "slot", "Shows what is in a slot",
+   commands };

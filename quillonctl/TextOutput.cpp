@@ -65,49 +65,53 @@ const char* colourOf( const Reading& reading ) {
 /** The cells of a line but for the status. */
 using Row = std::vector<std::string>;
 
-/** The fields of a kind that have a column. */
-std::vector<size_t> columnsOf( const Kind& kind ) {
+using Fields = std::span<const Field>;
+
+/** The fields that have a column. */
+std::vector<size_t> columnsOf( Fields fields ) {
    std::vector<size_t> columns;
-   for ( size_t i = 0; i < kind.fields.size(); ++i ) {
-      if ( !kind.fields[i].heading.empty() ) {
+   for ( size_t i = 0; i < fields.size(); ++i ) {
+      if ( !fields[i].heading.empty() ) {
          columns.push_back( i );
       }
    }
    return columns;
 }
 
-Row headingsOf( const Kind& kind ) {
+Row headingsOf( Fields fields ) {
    Row row { "NAME" };
-   for ( auto column : columnsOf( kind ) ) {
-      row.emplace_back( kind.fields[column].heading );
+   for ( auto column : columnsOf( fields ) ) {
+      row.emplace_back( fields[column].heading );
    }
    return row;
 }
 
-Row rowOf( const Kind& kind, const StatusLine& line ) {
+Row rowOf( const StatusLine& line ) {
    Row row { line.object->name };
-   for ( auto column : columnsOf( kind ) ) {
-      row.push_back( textOf( line.reading.values[column], kind.fields[column] ) );
+   for ( auto column : columnsOf( line.fields ) ) {
+      row.push_back( textOf( line.reading.values[column], line.fields[column] ) );
    }
    return row;
 }
 
 /** Names and words to the left, measured values to the right, and room for the status. */
-std::string aligned( const Kind& kind, const Row& row, const std::vector<size_t>& widths ) {
-   auto columns = columnsOf( kind );
+std::string aligned( Fields fields, const Row& row, const std::vector<size_t>& widths ) {
+   auto columns = columnsOf( fields );
    std::string text;
    for ( size_t i = 0; i < row.size(); ++i ) {
       std::string padding( widths[i] - widthOf( row[i] ), ' ' );
-      auto isLeft = i == 0 || kind.fields[columns[i - 1]].unit.empty();
+      auto isLeft = i == 0 || fields[columns[i - 1]].unit.empty();
       text += ( isLeft ? row[i] + padding : padding + row[i] ) + "  ";
    }
    return text;
 }
 
-std::string tableOf( const Kind& kind, const std::vector<const StatusLine*>& lines, bool coloured ) {
-   std::vector<Row> rows { headingsOf( kind ) };
+/** A table of lines with the same fields. */
+std::string tableOf( const std::vector<const StatusLine*>& lines, bool coloured ) {
+   auto fields = lines.front()->fields;
+   std::vector<Row> rows { headingsOf( fields ) };
    for ( auto line : lines ) {
-      rows.push_back( rowOf( kind, *line ) );
+      rows.push_back( rowOf( *line ) );
    }
    std::vector<size_t> widths( rows.front().size() );
    for ( auto& row : rows ) {
@@ -115,10 +119,10 @@ std::string tableOf( const Kind& kind, const std::vector<const StatusLine*>& lin
          []( auto& cell, auto width ) { return std::max( width, widthOf( cell ) ); } );
    }
 
-   auto table = fmt::format( "{}\n{}STATUS\n", kind.title, aligned( kind, rows.front(), widths ) );
+   auto table = fmt::format( "{}STATUS\n", aligned( fields, rows.front(), widths ) );
    for ( size_t i = 0; i < lines.size(); ++i ) {
       auto& reading = lines[i]->reading;
-      table += aligned( kind, rows[i + 1], widths );
+      table += aligned( fields, rows[i + 1], widths );
       table += coloured ? fmt::format( "{}{}\033[0m\n", colourOf( reading ), statusOf( reading ) )
                         : statusOf( reading ) + '\n';
    }
@@ -137,8 +141,22 @@ std::string asText( const std::vector<StatusLine>& lines, bool coloured ) {
          }
       }
       if ( !ofKind.empty() ) {
-         text += ( text.empty() ? "" : "\n" ) + tableOf( *kind, ofKind, coloured );
+         text +=
+            fmt::format( "{}{}\n{}", text.empty() ? "" : "\n", kind->title, tableOf( ofKind, coloured ) );
       }
    }
    return text.empty() ? "The board has no objects.\n" : text;
+}
+
+std::string valuesAsText( const StatusLine& line ) {
+   if ( line.fields.size() == 1 ) {
+      return textOf( line.reading.values.front(), line.fields.front() ) + '\n';
+   }
+   auto text = tableOf( { &line }, false );
+   for ( size_t i = 0; i < line.fields.size(); ++i ) {
+      if ( line.fields[i].heading.empty() ) {
+         text += '\n' + textOf( line.reading.values[i], line.fields[i] );
+      }
+   }
+   return text;
 }

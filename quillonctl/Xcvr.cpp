@@ -69,6 +69,35 @@ Reading read( void* record, const ObjectEntry& ) {
    return reading;
 }
 
+Reading setTxDisable( void* record, const ObjectEntry&, const Arguments& arguments ) {
+   auto xcvr = static_cast<ql_xcvr*>( record );
+   if ( !xcvr->ops || xcvr->ops->kind != QL_XCVR_SFP ) {
+      return Calls::failed( Calls::failure( "set the transmit disable", QL_STATUS_NOT_SUPPORTED ) );
+   }
+   auto sfp = &xcvr->ops->by_kind.sfp;
+   // The library writes the whole register, from its last poll. After a poll that failed it would change the
+   // other modules' bits.
+   int before = 0;
+   auto polled = Calls::call( sfp, &ql_sfp_ops::get_tx_disable, xcvr, &before );
+   if ( polled != QL_STATUS_OK ) {
+      return Calls::failed( signalFailure( "set the transmit disable", polled ) );
+   }
+   auto isOn = arguments.front() == "on";
+   auto status = Calls::call( sfp, &ql_sfp_ops::set_tx_disable, xcvr, isOn ? 1 : 0 );
+   if ( status != QL_STATUS_OK ) {
+      return Calls::failed( Calls::failure( "set the transmit disable", status ) );
+   }
+   return { { isOn }, "ok", {} };
+}
+
+const Command commands[] = {
+   { "", {}, "Shows presence, transmit fault, loss of signal and transmit disable", fields,
+      []( auto record, auto& xcvr, auto& ) { return read( record, xcvr ); } },
+   { "tx-disable", { { .choices = { "on", "off" } } }, "Keeps the transmitter off, or lets it send",
+      std::span( fields ).last( 1 ), setTxDisable, "transmit disable of {0} is {1}" },
+};
+
 } // namespace
 
-const Kind xcvrKind = { "xcvr", "Transceivers", fields, Calls::add<ql_xcvr>, read };
+const Kind xcvrKind = { "xcvr", "Transceivers", fields, Calls::add<ql_xcvr>, read, "xcvr",
+   "Shows the signals of a transceiver, or sets its transmit disable", commands };

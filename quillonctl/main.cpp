@@ -2,9 +2,11 @@
 #include "EmuCommand.h"
 #include "Errors.h"
 #include "HostServices.h"
+#include "ObjectCommand.h"
 #include "Output.h"
 #include "StatusCommand.h"
 #include "Surroundings.h"
+#include "Task.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -12,6 +14,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 namespace {
 
@@ -22,6 +25,8 @@ Examples:
   quillonctl --sim status                    everything, without hardware
   quillonctl status 'in*' --interval 2       some objects, every two seconds
   quillonctl --json status | jq .objects     for scripts
+  quillonctl fan fan1 rpm 9000               asks a fan for a speed
+  quillonctl xcvr sfp1                       the signals of a module
   quillonctl emu set inlet.temperature 71.5  warms a sensor of the emulated board)";
 
 std::string besideProgram( const char* path ) {
@@ -44,6 +49,8 @@ public:
       options_.board = besideProgram( "../share/quillon/boards/selvane" );
       options_.plugin = besideProgram( "../lib/libQuillonDriversSelvane.so" );
       app_.fallthrough();
+      // Behind the first command the word of another may be the name of an object.
+      app_.require_subcommand( 0, 1 );
       app_.footer( footer );
       app_.set_version_flag( "--version", "quillonctl " QUILLON_VERSION );
       app_.add_option( "--board", options_.board, "Folder with topology.json and objects.json" )
@@ -80,6 +87,12 @@ public:
          ->check( CLI::Range( 1U, 1000000000U ) )
          ->needs( interval );
 
+      for ( auto kind : kinds() ) {
+         if ( !kind->commands.empty() ) {
+            addCommandsOf( *kind );
+         }
+      }
+
       emu_ = app_.add_subcommand(
          "emu", "Gives a line to the emulated board, such as: set inlet.temperature 71.5" );
       // What follows belongs to the board, numbers with a minus sign too.
@@ -101,6 +114,11 @@ public:
          return emuCommand( control_, emu_->remaining(), options_.json );
       }
       prepare();
+      for ( auto& [kind, command] : objectCommands_ ) {
+         if ( command->parsed() ) {
+            return objectCommand( options_, *kind, words_ );
+         }
+      }
       return statusCommand( options_, status_ );
    }
 
@@ -116,6 +134,17 @@ public:
    }
 
 private:
+   void addCommandsOf( const Kind& kind ) {
+      auto command = app_.add_subcommand( std::string( kind.command ), std::string( kind.help ) );
+      command->add_option( "WORDS", words_, "See below" )->type_name( "" );
+      std::string forms = "\nCommands:\n";
+      for ( auto& row : kind.commands ) {
+         forms += fmt::format( "  quillonctl {}\n      {}\n", formOf( kind, row ), row.help );
+      }
+      command->footer( forms );
+      objectCommands_[&kind] = command;
+   }
+
    /** Help and version are what was asked for, everything else is a mistake. */
    int answer( const CLI::ParseError& error ) {
       if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::Success ) ) {
@@ -144,6 +173,9 @@ private:
    StatusOptions status_;
    std::string control_ = "/run/quillon/control.sock";
    CLI::App* emu_ = nullptr;
+   std::map<const Kind*, CLI::App*> objectCommands_;
+   /** What stands behind the word of a command for one object. */
+   std::vector<std::string> words_;
 };
 
 } // namespace

@@ -42,7 +42,7 @@ ql_status get( const void* record, Number* value ) {
 }
 
 ql_status set( const void* record, const char* what, int value ) {
-   ql_trace( 0, "%s %d", what, value );
+   ql_trace( 4, "%s %d", what, value );
    return answer( scriptOfRecord( record ) );
 }
 
