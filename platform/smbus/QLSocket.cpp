@@ -25,7 +25,10 @@ using Clock = std::chrono::steady_clock;
 // The functions below return 0 or an error number.
 namespace {
 
+constexpr size_t headSize = 4;
 constexpr size_t maxPayload = 1U << 20;
+/** Room for all but rare messages. */
+constexpr size_t usualBuffer = 4096;
 
 std::string serverPath() {
    auto path = getenv( "QUILLON_SMBUS_SOCKET" );
@@ -71,66 +74,64 @@ int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
    }
 }
 
-/** What to do about a send or recv that moved nothing: 0 to try again. */
-int afterFailure( int error, int fd, short events, Clock::time_point deadline ) {
-   switch ( error ) {
-   case EINTR:
-      return 0;
-   case EAGAIN:
-      return waitUntilReady( fd, events, deadline );
-   case EPIPE:
-      return ECONNRESET;
-   default:
-      return error;
-   }
-}
-
 int sendAll( int fd, std::string_view bytes, Clock::time_point deadline ) {
    while ( !bytes.empty() ) {
       auto sent = send( fd, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL );
       if ( sent > 0 ) {
          bytes.remove_prefix( static_cast<size_t>( sent ) );
-      } else if ( auto error = afterFailure( errno, fd, POLLOUT, deadline ) ) {
-         return error;
+      } else if ( errno == EAGAIN ) {
+         if ( auto error = waitUntilReady( fd, POLLOUT, deadline ) ) {
+            return error;
+         }
+      } else if ( errno != EINTR ) {
+         return errno == EPIPE ? ECONNRESET : errno;
       }
    }
    return 0;
 }
 
-int receiveAll( int fd, char* bytes, size_t count, Clock::time_point deadline ) {
-   while ( count > 0 ) {
-      auto received = recv( fd, bytes, count, MSG_DONTWAIT );
-      if ( received == 0 ) {
+/** Makes the buffer's start the frame of a message whose size has just been counted. */
+std::string_view fillFrame( std::vector<char>& buffer, const Smbus::TransactionRequest& message ) {
+   auto size = static_cast<size_t>( message.GetCachedSize() );
+   buffer.resize( std::max( buffer.size(), headSize + size ) );
+   auto length = htonl( static_cast<uint32_t>( size ) );
+   memcpy( buffer.data(), &length, headSize );
+   message.SerializeWithCachedSizesToArray( reinterpret_cast<uint8_t*>( buffer.data() + headSize ) );
+   return { buffer.data(), headSize + size };
+}
+
+/** The size of the frame that the buffer starts with; no more than a head while that isn't complete. */
+size_t frameSize( const std::vector<char>& buffer, size_t received ) {
+   if ( received < headSize ) {
+      return headSize;
+   }
+   uint32_t length;
+   memcpy( &length, buffer.data(), headSize );
+   return headSize + ntohl( length );
+}
+
+/** Receives what there is, a whole frame at least, to the buffer's start. */
+int receiveFrame( int fd, std::vector<char>& buffer, size_t& received, Clock::time_point deadline ) {
+   received = 0;
+   for ( auto size = headSize; received < size; ) {
+      if ( auto error = waitUntilReady( fd, POLLIN, deadline ) ) {
+         return error;
+      }
+      auto count = recv( fd, buffer.data() + received, buffer.size() - received, MSG_DONTWAIT );
+      if ( count == 0 ) {
          return ECONNRESET;
       }
-      if ( received > 0 ) {
-         bytes += received;
-         count -= static_cast<size_t>( received );
-      } else if ( auto error = afterFailure( errno, fd, POLLIN, deadline ) ) {
-         return error;
+      if ( count < 0 && errno != EINTR && errno != EAGAIN ) {
+         return errno;
       }
+      received += static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
+      size = frameSize( buffer, received );
+      if ( size > headSize + maxPayload ) {
+         return EMSGSIZE;
+      }
+      buffer.resize( std::max( buffer.size(), size ) );
    }
    return 0;
-}
-
-int sendFrame( int fd, const Smbus::TransactionRequest& message, Clock::time_point deadline ) {
-   auto length = htonl( static_cast<uint32_t>( message.ByteSizeLong() ) );
-   std::string frame( reinterpret_cast<const char*>( &length ), sizeof( length ) );
-   message.AppendToString( &frame );
-   return sendAll( fd, frame, deadline );
-}
-
-int receiveFrame( int fd, std::string& payload, Clock::time_point deadline ) {
-   uint32_t length;
-   if ( auto error = receiveAll( fd, reinterpret_cast<char*>( &length ), sizeof( length ), deadline ) ) {
-      return error;
-   }
-   length = ntohl( length );
-   if ( length > maxPayload ) {
-      return EMSGSIZE;
-   }
-   payload.resize( length );
-   return receiveAll( fd, payload.data(), length, deadline );
 }
 
 /** Bounds a blocking connect: 0, or ETIMEDOUT when no time is left. */
@@ -146,7 +147,7 @@ int setConnectLimit( int fd, Clock::duration left ) {
 
 } // namespace
 
-QLSocket::QLSocket() = default;
+QLSocket::QLSocket() : buffer_( usualBuffer ) {}
 
 QLSocket::~QLSocket() { cleanup(); }
 
@@ -167,12 +168,12 @@ void QLSocket::cleanup() {
 }
 
 int QLSocket::sendRequestWait( Smbus::TransactionRequest* request, Smbus::TransactionResponse** response ) {
-   std::string payload;
+   std::string_view payload;
    if ( auto error = exchange( *request, payload ) ) {
       return fail( error );
    }
    auto reply = std::make_unique<Smbus::TransactionResponse>();
-   if ( !reply->ParseFromString( payload ) ) {
+   if ( !reply->ParseFromArray( payload.data(), static_cast<int>( payload.size() ) ) ) {
       return fail( EBADMSG );
    }
    *response = reply.release();
@@ -206,7 +207,7 @@ int QLSocket::connect( Deadline deadline ) {
    return errno == EAGAIN ? ETIMEDOUT : errno;
 }
 
-int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string& reply ) {
+int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_view& reply ) {
    if ( inSimulation() ) {
       return ENOTCONN;
    }
@@ -219,10 +220,20 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string& r
          return error;
       }
    }
-   if ( auto error = sendFrame( fd_, request, deadline ) ) {
+   if ( auto error = sendAll( fd_, fillFrame( buffer_, request ), deadline ) ) {
       return error;
    }
-   return receiveFrame( fd_, reply, deadline );
+   size_t received = 0;
+   if ( auto error = receiveFrame( fd_, buffer_, received, deadline ) ) {
+      return error;
+   }
+   auto size = frameSize( buffer_, received );
+   if ( received > size ) {
+      // Nobody asked for what came behind it.
+      cleanup();
+   }
+   reply = { buffer_.data() + headSize, size - headSize };
+   return 0;
 }
 
 int QLSocket::fail( int error ) {

@@ -2,7 +2,8 @@
 #define QL_SOCKET_H
 
 #include <chrono>
-#include <string>
+#include <string_view>
+#include <vector>
 
 namespace Smbus {
 class TransactionRequest;
@@ -61,14 +62,17 @@ public:
 private:
    using Deadline = std::chrono::steady_clock::time_point;
 
-   // Both return 0 or an error number, and leave the connection to the caller when they fail.
+   // Both return 0 or an error number, and leave the connection to the caller when they fail. The reply is
+   // the payload, in the buffer.
    int connect( Deadline deadline );
-   int exchange( const Smbus::TransactionRequest& request, std::string& reply );
+   int exchange( const Smbus::TransactionRequest& request, std::string_view& reply );
 
    // Drops the connection and sets errno. Returns -1.
    int fail( int error );
 
    int fd_ = -1;
+   // The frame that goes out, then the one that comes in.
+   std::vector<char> buffer_;
 };
 
 } // namespace QuillonLibrary

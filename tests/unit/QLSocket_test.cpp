@@ -403,6 +403,44 @@ TEST_F( QLSocket, SecondReplyNeverAnswersTheNextRequest ) {
    EXPECT_EQ( server.connections(), 2U );
 }
 
+TEST_F( QLSocket, BytesBehindAReplyDropTheConnectionAndNotTheReply ) {
+   SocketServer server( { sending( SocketServer::frame( replyWith( "first" ) ) + "?" ), echoing } );
+   ASSERT_EQ( ask( 1 ), "OK" );
+   EXPECT_EQ( answer->reason(), "first" );
+   EXPECT_TRUE( descriptorsTo( server.path() ).empty() );
+   EXPECT_EQ( ask( 2 ), "OK" );
+}
+
+TEST_F( QLSocket, BytesThatComeLaterDropTheConnectionAtTheNextRequest ) {
+   SocketServer server( { []( Connection& connection ) {
+                            connection.receive();
+                            connection.send( replyWith( "first" ) );
+                            std::this_thread::sleep_for( 50ms );
+                            connection.send( replyWith( "second" ) );
+                            connection.receive();
+                         },
+      echoing } );
+   ASSERT_EQ( ask( 1 ), "OK" );
+   EXPECT_EQ( answer->reason(), "first" );
+   std::this_thread::sleep_for( 200ms );
+   ASSERT_EQ( ask( 2 ), "OK" );
+   EXPECT_EQ( answer->reason(), "2" );
+}
+
+TEST_F( QLSocket, RepliesOfAllSizesFollowEachOther ) {
+   SocketServer server( SocketServer::answering( []( const Smbus::TransactionRequest& request ) {
+      Smbus::TransactionResponse response;
+      response.set_reason( std::string( request.retries(), 'r' ) );
+      return response;
+   } ) );
+   // Around the socket's usual buffer, with a head of 4 bytes and a tag and length of 3.
+   for ( uint32_t size : { 0U, 4088U, 4089U, 4090U, 4091U, 100000U, 1U, 1048572U, 4096U, 0U } ) {
+      ASSERT_EQ( ask( size ), "OK" ) << size;
+      EXPECT_EQ( answer->reason(), std::string( size, 'r' ) ) << size;
+   }
+   EXPECT_EQ( server.connections(), 1U );
+}
+
 TEST_F( QLSocket, ThousandFailuresLeakNoDescriptor ) {
    std::optional<SocketServer> server( []( Connection& connection ) { connection.receive(); } );
    auto atStart = openDescriptors();
