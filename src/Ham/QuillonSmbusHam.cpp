@@ -49,8 +49,11 @@ void QuillonSmbusHam::init() {
 }
 
 void QuillonSmbusHam::prepare() {
-   auto head = static_cast<int>( prepareRequestCount_ );
-   request_.mutable_request()->DeleteSubrange( head, request_.request_size() - head );
+   // Requests removed this way are kept by the message and used again.
+   auto requests = request_.mutable_request();
+   while ( requests->size() > static_cast<int>( prepareRequestCount_ ) ) {
+      requests->RemoveLast();
+   }
    response_.Clear();
    responseId = INVALID_RESPONSE_ID;
 }
@@ -77,7 +80,7 @@ ql_status QuillonSmbusHam::execute() {
       return QL_STATUS_IO_ERROR;
    }
    assert( reply );
-   response_.CopyFrom( *reply );
+   response_.Swap( reply );
    if ( response_.failed() ) {
       ql_trace( 3, "%s: failure in response %s", "execute",
          response_.has_reason() ? response_.reason().c_str() : "unknown reason" );
