@@ -9,6 +9,9 @@ void Faults::put( const FaultPlace& place, const Fault& fault ) {
 void Faults::clear( const FaultPlace& place ) { places_.erase( place ); }
 
 std::optional<Fault> Faults::takeFailure( uint32_t bus, uint8_t address ) {
+   if ( places_.empty() ) {
+      return std::nullopt;
+   }
    for ( FaultPlace place : { FaultPlace { bus }, FaultPlace { bus, address } } ) {
       for ( auto kind :
          { Fault::Kind::Busy, Fault::Kind::Arbitration, Fault::Kind::Nack, Fault::Kind::Hang } ) {
@@ -21,6 +24,9 @@ std::optional<Fault> Faults::takeFailure( uint32_t bus, uint8_t address ) {
 }
 
 std::optional<Fault> Faults::take( Fault::Kind kind, uint32_t bus, uint8_t address ) {
+   if ( places_.empty() ) {
+      return std::nullopt;
+   }
    auto fault = use( { bus }, kind );
    return fault ? fault : use( { bus, address }, kind );
 }
