@@ -4,39 +4,64 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
+#include <span>
 #include <system_error>
 #include <utility>
 
 namespace Smbusd {
 
-EventLoop::EventLoop() : wakeup_( eventfd( 0, EFD_CLOEXEC | EFD_NONBLOCK ) ) {
-   if ( !wakeup_ ) {
-      throw std::system_error( errno, std::generic_category(), "event loop" );
+namespace {
+
+[[noreturn]] void fail() { throw std::system_error( errno, std::generic_category(), "event loop" ); }
+
+constexpr EventLoop::Slot wakeupSlot = 0;
+
+} // namespace
+
+// Events are asked for and told in poll's bits; epoll's are the same.
+
+EventLoop::EventLoop()
+   : epoll_( epoll_create1( EPOLL_CLOEXEC ) ), wakeup_( eventfd( 0, EFD_CLOEXEC | EFD_NONBLOCK ) ) {
+   if ( !epoll_ || !wakeup_ ) {
+      fail();
    }
-   // Slot 0 is the loop's own.
-   polled_.push_back( { wakeup_.get(), POLLIN, 0 } );
-   watchers_.push_back( nullptr );
+   watches_.push_back( { wakeup_.get(), POLLIN } );
+   control( EPOLL_CTL_ADD, wakeupSlot );
 }
 
 EventLoop::Slot EventLoop::watch( int fd, short events, Watcher& watcher ) {
    if ( freeSlots_.empty() ) {
-      freeSlots_.push_back( polled_.size() );
-      polled_.emplace_back();
-      watchers_.emplace_back();
+      freeSlots_.push_back( static_cast<Slot>( watches_.size() ) );
+      watches_.emplace_back();
    }
    auto slot = freeSlots_.back();
+   watches_[slot] = { fd, events, watches_[slot].turn + 1, &watcher };
+   control( EPOLL_CTL_ADD, slot );
    freeSlots_.pop_back();
-   polled_[slot] = { fd, events, 0 };
-   watchers_[slot] = &watcher;
    return slot;
 }
 
+void EventLoop::want( Slot slot, short events ) {
+   if ( watches_[slot].events != events ) {
+      watches_[slot].events = events;
+      control( EPOLL_CTL_MOD, slot );
+   }
+}
+
 void EventLoop::unwatch( Slot slot ) {
-   // poll passes over negative descriptors.
-   polled_[slot] = { -1, 0, 0 };
-   watchers_[slot] = nullptr;
+   control( EPOLL_CTL_DEL, slot );
+   watches_[slot].watcher = nullptr;
    freeSlots_.push_back( slot );
+}
+
+void EventLoop::control( int operation, Slot slot ) {
+   auto& watch = watches_[slot];
+   epoll_event event {};
+   event.events = static_cast<uint16_t>( watch.events );
+   event.data.u64 = uint64_t { watch.turn } << 32 | slot;
+   if ( epoll_ctl( epoll_.get(), operation, watch.fd, &event ) < 0 ) {
+      fail();
+   }
 }
 
 void EventLoop::after( std::chrono::nanoseconds delay, Task task ) {
@@ -59,38 +84,36 @@ void EventLoop::run() {
 }
 
 void EventLoop::runOnce() {
-   dispatch( wait() );
+   Ready ready;
+   auto count = wait( ready );
+   for ( auto& event : std::span( ready ).first( count ) ) {
+      dispatch( event );
+   }
    runTimers();
 }
 
-int EventLoop::wait() {
+size_t EventLoop::wait( Ready& ready ) {
    timespec timeout {};
    if ( !timers_.empty() ) {
       auto left = std::max( timers_.begin()->first - Clock::now(), Clock::duration::zero() );
       auto seconds = std::chrono::floor<std::chrono::seconds>( left );
       timeout = { seconds.count(), ( left - seconds ).count() };
    }
-   auto ready = ppoll( polled_.data(), polled_.size(), timers_.empty() ? nullptr : &timeout, nullptr );
-   if ( ready < 0 && errno != EINTR ) {
-      throw std::system_error( errno, std::generic_category(), "event loop" );
+   auto count = epoll_pwait2( epoll_.get(), ready.data(), static_cast<int>( ready.size() ),
+      timers_.empty() ? nullptr : &timeout, nullptr );
+   if ( count < 0 && errno != EINTR ) {
+      fail();
    }
-   return ready;
+   return static_cast<size_t>( std::max( count, 0 ) );
 }
 
-void EventLoop::dispatch( int ready ) {
-   // A watcher may watch and unwatch others meanwhile: slots never move, and a slot taken anew has no events
-   // yet.
-   for ( Slot slot = 0; ready > 0 && slot < polled_.size(); ++slot ) {
-      auto events = std::exchange( polled_[slot].revents, static_cast<short>( 0 ) );
-      if ( events == 0 ) {
-         continue;
-      }
-      --ready;
-      if ( slot == 0 ) {
-         runPosted();
-      } else {
-         watchers_[slot]->ready( events );
-      }
+void EventLoop::dispatch( const epoll_event& event ) {
+   auto slot = static_cast<Slot>( event.data.u64 );
+   // One that came before may have unwatched it, and watched another in its place.
+   if ( slot == wakeupSlot ) {
+      runPosted();
+   } else if ( auto& watch = watches_[slot]; watch.watcher && watch.turn == event.data.u64 >> 32 ) {
+      watch.watcher->ready( static_cast<short>( event.events ) );
    }
 }
 

@@ -4,9 +4,12 @@
 #include "Descriptor.h"
 
 #include <poll.h>
+#include <sys/epoll.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -30,16 +33,19 @@ public:
    };
 
    using Task = std::function<void()>;
-   /** The place of a descriptor in the poll set. It stays until `unwatch`. */
-   using Slot = size_t;
+   /** The place of a descriptor among those that are watched. It stays until `unwatch`. */
+   using Slot = uint32_t;
 
    /** Throws std::system_error. */
    EventLoop();
 
-   /** The watcher stays the caller's and must outlive the watch. */
+   /**
+    * The watcher stays the caller's and must outlive the watch, and so must the descriptor. Throws
+    * std::system_error.
+    */
    Slot watch( int fd, short events, Watcher& watcher );
 
-   void want( Slot slot, short events ) { polled_[slot].events = events; }
+   void want( Slot slot, short events );
 
    void unwatch( Slot slot );
 
@@ -56,15 +62,25 @@ public:
 
 private:
    using Clock = std::chrono::steady_clock;
+   using Ready = std::array<epoll_event, 64>;
 
-   int wait();
-   void dispatch( int ready );
+   struct Watch {
+      int fd = -1;
+      short events = 0;
+      /** How often the slot has been taken: what was ready for an earlier one is not for this one. */
+      uint32_t turn = 0;
+      Watcher* watcher = nullptr;
+   };
+
+   void control( int operation, Slot slot );
+   size_t wait( Ready& ready );
+   void dispatch( const epoll_event& event );
    void runTimers();
    void runPosted();
 
    bool stopped_ = false;
-   std::vector<pollfd> polled_;
-   std::vector<Watcher*> watchers_;
+   Descriptor epoll_;
+   std::vector<Watch> watches_;
    std::vector<Slot> freeSlots_;
    std::multimap<Clock::time_point, Task> timers_;
 

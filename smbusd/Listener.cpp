@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace Smbusd {
@@ -22,9 +23,17 @@ Listener::~Listener() { loop_.unwatch( slot_ ); }
 void Listener::ready( short ) {
    Descriptor descriptor( accept4( socket_.descriptor(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK ) );
    if ( descriptor ) {
-      accepted_( std::move( descriptor ) );
+      accept( std::move( descriptor ) );
    } else if ( errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM ) {
       pauseAccepting( errno );
+   }
+}
+
+void Listener::accept( Descriptor descriptor ) {
+   try {
+      accepted_( std::move( descriptor ) );
+   } catch ( const std::system_error& error ) {
+      Log::warning( "{}: {}; a client is turned away", path_, error.what() );
    }
 }
 

@@ -16,7 +16,10 @@ class Listener final : EventLoop::Watcher {
 public:
    static constexpr std::chrono::milliseconds pause { 100 };
 
-   /** `accepted` takes every connection. Throws std::runtime_error, with words for a person. */
+   /**
+    * `accepted` takes every connection; one that it can't serve, which it tells by std::system_error, is
+    * closed. Throws std::runtime_error, with words for a person.
+    */
    Listener( EventLoop& loop, const std::string& path, std::function<void( Descriptor )> accepted );
    ~Listener();
    Listener( const Listener& ) = delete;
@@ -24,6 +27,7 @@ public:
 
 private:
    void ready( short events ) override;
+   void accept( Descriptor descriptor );
    void pauseAccepting( int error );
 
    EventLoop& loop_;

@@ -81,6 +81,24 @@ TEST_F( SmbusdListener, AcceptsEveryoneWhoWaits ) {
    EXPECT_TRUE( runUntil( loop, [this] { return accepted.size() == 10; } ) );
 }
 
+TEST_F( SmbusdListener, TurnsAwayWhoCanNotBeServed ) {
+   listener.reset();
+   int tries = 0;
+   listener.emplace( loop, path, [&]( Descriptor descriptor ) {
+      if ( ++tries == 1 ) {
+         throw std::system_error( ENOSPC, std::generic_category(), "event loop" );
+      }
+      accepted.push_back( std::move( descriptor ) );
+   } );
+   auto peer = connected();
+   loop.runOnce();
+   char byte;
+   EXPECT_EQ( read( peer.get(), &byte, 1 ), 0 );
+   auto next = connected();
+   loop.runOnce();
+   EXPECT_EQ( accepted.size(), 1U );
+}
+
 TEST_F( SmbusdListener, PausesWithoutADescriptorInsteadOfSpinning ) {
    auto first = connected();
    loop.runOnce();
