@@ -16,9 +16,9 @@ public:
    std::string name() const override { return fmt::format( "i2c-{}", number_ ); }
 
    std::optional<Outcome> transfer( Operation& operation, Done done ) override {
-      auto messages = messagesOf( operation );
-      auto [result, duration] = board_.transfer( number_, operation.chip, messages );
-      takeResult( operation, messages );
+      layOut( operation, messages_ );
+      auto [result, duration] = board_.transfer( number_, operation.chip, messages_ );
+      takeResult( operation, messages_ );
       if ( duration <= duration.zero() ) {
          return Outcome { result };
       }
@@ -30,6 +30,7 @@ private:
    EventLoop& loop_;
    Emulator::Board& board_;
    const uint8_t number_;
+   std::vector<I2c::Message> messages_;
 };
 
 } // namespace

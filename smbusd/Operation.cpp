@@ -98,61 +98,47 @@ Operation operationOf( const Smbus::Request& request ) {
 
 namespace {
 
-I2c::Message writeMessage( std::vector<uint8_t> bytes ) {
-   return { I2c::Message::Kind::Write, std::move( bytes ) };
-}
-
-I2c::Message readMessage( size_t length ) { return { I2c::Message::Kind::Read, {}, length }; }
-
-I2c::Message readBlockMessage() { return { I2c::Message::Kind::ReadBlock, {}, I2c::maxBlock }; }
-
-std::vector<uint8_t> registerAndData( const Operation& operation ) {
-   auto bytes = registerBytes( operation );
+/** What goes out: the register number, most significant byte first, and the data. */
+void layOutWrite( const Operation& operation, std::vector<uint8_t>& bytes ) {
+   bytes.clear();
+   if ( operation.kind == Kind::SendByte ) {
+      bytes.push_back( static_cast<uint8_t>( operation.reg ) );
+      return;
+   }
+   for ( unsigned left = operation.regSize; left > 0; --left ) {
+      bytes.push_back( static_cast<uint8_t>( operation.reg >> 8 * ( left - 1 ) ) );
+   }
+   if ( operation.kind == Kind::BlockWrite ) {
+      bytes.push_back( static_cast<uint8_t>( operation.data.size() ) );
+   }
    bytes.insert( bytes.end(), operation.data.begin(), operation.data.end() );
-   return bytes;
-}
-
-std::vector<uint8_t> registerAndBlock( const Operation& operation ) {
-   auto bytes = registerBytes( operation );
-   bytes.push_back( static_cast<uint8_t>( operation.data.size() ) );
-   bytes.insert( bytes.end(), operation.data.begin(), operation.data.end() );
-   return bytes;
 }
 
 } // namespace
 
-std::vector<I2c::Message> messagesOf( const Operation& operation ) {
-   switch ( operation.kind ) {
-   case Kind::ReceiveByte:
-      return { readMessage( 1 ) };
-   case Kind::Read:
-      return { writeMessage( registerBytes( operation ) ), readMessage( operation.length ) };
-   case Kind::SendByte:
-      return { writeMessage( { static_cast<uint8_t>( operation.reg ) } ) };
-   case Kind::Write:
-      return { writeMessage( registerAndData( operation ) ) };
-   case Kind::ProcessCall:
-      return { writeMessage( registerAndData( operation ) ), readMessage( 2 ) };
-   case Kind::BlockRead:
-      return { writeMessage( registerBytes( operation ) ), readBlockMessage() };
-   case Kind::BlockWrite:
-      return { writeMessage( registerAndBlock( operation ) ) };
+void layOut( const Operation& operation, std::vector<I2c::Message>& messages ) {
+   bool writes = operation.kind != Kind::ReceiveByte;
+   bool reads = operation.length > 0;
+   messages.resize( size_t { writes } + size_t { reads } );
+   if ( writes ) {
+      auto& message = messages.front();
+      message.kind = I2c::Message::Kind::Write;
+      layOutWrite( operation, message.bytes );
+      message.length = 0;
    }
-   return {};
+   if ( reads ) {
+      auto& message = messages.back();
+      message.kind =
+         operation.kind == Kind::BlockRead ? I2c::Message::Kind::ReadBlock : I2c::Message::Kind::Read;
+      message.bytes.clear();
+      message.length = operation.length;
+   }
 }
 
 void takeResult( Operation& operation, std::span<I2c::Message> messages ) {
    if ( messages.back().kind != I2c::Message::Kind::Write ) {
       operation.result = std::move( messages.back().bytes );
    }
-}
-
-std::vector<uint8_t> registerBytes( const Operation& operation ) {
-   std::vector<uint8_t> bytes( operation.regSize );
-   for ( size_t i = 0; i < bytes.size(); ++i ) {
-      bytes[i] = static_cast<uint8_t>( operation.reg >> 8 * ( bytes.size() - 1 - i ) );
-   }
-   return bytes;
 }
 
 std::string describe( const Operation& operation ) {

@@ -49,14 +49,11 @@ constexpr size_t maxTransfer = 8192;
  */
 Operation operationOf( const Smbus::Request& request );
 
-/** The operation as bus messages. */
-std::vector<I2c::Message> messagesOf( const Operation& operation );
+/** Makes the messages those of the operation on the bus. Messages that are used again keep their memory. */
+void layOut( const Operation& operation, std::vector<I2c::Message>& messages );
 
 /** Takes what has come in from messages that were carried out. */
 void takeResult( Operation& operation, std::span<I2c::Message> messages );
-
-/** The register number as it goes out, most significant byte first. */
-std::vector<uint8_t> registerBytes( const Operation& operation );
 
 /** The chip and the register, such as "0x48 reg 0x00"; a received byte has no register. */
 std::string describe( const Operation& operation );

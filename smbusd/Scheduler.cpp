@@ -4,34 +4,36 @@
 
 namespace Smbusd {
 
-void Scheduler::run( std::shared_ptr<Transaction> transaction, std::function<void()> done ) {
-   auto entry = std::make_shared<Entry>( Entry { std::move( transaction ), std::move( done ) } );
+// The copy keeps a job that stands in no queue: its end may be where its owner lets it go.
+void Scheduler::run( std::shared_ptr<Job> job ) {
    // It enters all its queues at once, so that no two transactions can wait for each other.
-   for ( auto bus : entry->transaction->busses() ) {
+   job->ahead_ = 0;
+   for ( auto bus : job->transaction.busses() ) {
       auto& queue = queues_[bus];
-      queue.push_back( entry );
-      entry->ahead += queue.size() > 1;
+      queue.push_back( job );
+      job->ahead_ += queue.size() > 1;
    }
-   if ( entry->ahead == 0 ) {
-      start( *entry );
+   if ( job->ahead_ == 0 ) {
+      start( *job );
    }
 }
 
-void Scheduler::start( Entry& entry ) {
-   entry.transaction->run( loop_, [this, &entry] { finish( entry ); } );
+void Scheduler::start( Job& job ) {
+   job.transaction.run( loop_, [this, &job] { finish( job ); } );
 }
 
-void Scheduler::finish( Entry& entry ) {
-   auto transaction = std::move( entry.transaction );
-   auto done = std::move( entry.done );
-   for ( auto bus : transaction->busses() ) {
+void Scheduler::finish( Job& job ) {
+   // The queues may be the last that have it.
+   std::shared_ptr<Job> last;
+   for ( auto bus : job.transaction.busses() ) {
       auto& queue = queues_[bus];
+      last = std::move( queue.front() );
       queue.pop_front();
-      if ( !queue.empty() && --queue.front()->ahead == 0 ) {
+      if ( !queue.empty() && --queue.front()->ahead_ == 0 ) {
          loop_.post( [this, next = queue.front()] { start( *next ); } );
       }
    }
-   done();
+   job.done();
 }
 
 } // namespace Smbusd

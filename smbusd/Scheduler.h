@@ -18,26 +18,34 @@ namespace Smbusd {
  */
 class Scheduler {
 public:
-   explicit Scheduler( EventLoop& loop ) : loop_( loop ) {}
+   /** A transaction and who waits for it. From its end on it may be planned and run again. */
+   class Job {
+   public:
+      explicit Job( std::function<void()> ended ) : done( std::move( ended ) ) {}
 
-   /** Runs a planned transaction, and calls `done` at its end: before this returns, or later from the loop.
-    */
-   void run( std::shared_ptr<Transaction> transaction, std::function<void()> done );
-
-private:
-   struct Entry {
-      std::shared_ptr<Transaction> transaction;
+      Transaction transaction;
+      /** Called at the end; may be replaced meanwhile. */
       std::function<void()> done;
+
+   private:
+      friend Scheduler;
+
       /** In how many queues others stand ahead of it. */
-      size_t ahead = 0;
+      size_t ahead_ = 0;
    };
 
-   void start( Entry& entry );
-   void finish( Entry& entry );
+   explicit Scheduler( EventLoop& loop ) : loop_( loop ) {}
+
+   /** Runs a job whose transaction is planned, to its end before this returns, or later from the loop. */
+   void run( std::shared_ptr<Job> job );
+
+private:
+   void start( Job& job );
+   void finish( Job& job );
 
    EventLoop& loop_;
    /** The first of a queue has the bus. */
-   std::unordered_map<Bus*, std::deque<std::shared_ptr<Entry>>> queues_;
+   std::unordered_map<Bus*, std::deque<std::shared_ptr<Job>>> queues_;
 };
 
 } // namespace Smbusd

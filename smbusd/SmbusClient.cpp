@@ -6,6 +6,16 @@
 
 namespace Smbusd {
 
+SmbusClient::SmbusClient( EventLoop& loop, Descriptor descriptor, Backend& backend, Scheduler& scheduler )
+   : Connection( loop, std::move( descriptor ) ), backend_( backend ), scheduler_( scheduler ) {
+   newJob();
+}
+
+SmbusClient::~SmbusClient() {
+   // A client that vanishes doesn't stop its transaction: a multiplexer is to be released, for instance.
+   job_->done = [] {};
+}
+
 size_t SmbusClient::take( std::span<const uint8_t> bytes ) {
    if ( bytes.size() < Frame::headerSize ) {
       return 0;
@@ -19,26 +29,25 @@ size_t SmbusClient::take( std::span<const uint8_t> bytes ) {
    if ( payload.size() < size ) {
       return 0;
    }
-   auto transaction = std::make_shared<Transaction>();
-   if ( !transaction->parse( payload.first( size ) ) ) {
+   if ( !job_->transaction.parse( payload.first( size ) ) ) {
       drop( "sent a message that can't be parsed" );
       return 0;
    }
-   if ( !transaction->plan( backend_ ) ) {
-      answer( *transaction );
-      return Frame::headerSize + size;
-   }
-   // A client that vanishes doesn't stop its transaction: a multiplexer is to be released, for instance.
-   scheduler_.run( transaction, [self = weak_from_this(), transaction] {
-      if ( auto client = self.lock() ) {
-         client->answer( *transaction );
-      }
-   } );
+   messageSize_ = size;
+   job_->transaction.plan( backend_ ) ? scheduler_.run( job_ ) : answer();
    return Frame::headerSize + size;
 }
 
-void SmbusClient::answer( const Transaction& transaction ) {
-   Frame::encode( transaction.response(), output );
+void SmbusClient::newJob() {
+   job_ = std::make_shared<Scheduler::Job>( [this] { answer(); } );
+}
+
+void SmbusClient::answer() {
+   Frame::encode( job_->transaction.response(), output );
+   if ( messageSize_ > InputBuffer::usualSize || output.size() > InputBuffer::usualSize ) {
+      // A rare large message does not hold its memory for the rest of the connection.
+      newJob();
+   }
    Connection::answer();
 }
 

@@ -11,17 +11,21 @@
 namespace Smbusd {
 
 /** A client with transactions for the busses, one in a frame. */
-class SmbusClient : public Connection, public std::enable_shared_from_this<SmbusClient> {
+class SmbusClient : public Connection {
 public:
-   SmbusClient( EventLoop& loop, Descriptor descriptor, Backend& backend, Scheduler& scheduler )
-      : Connection( loop, std::move( descriptor ) ), backend_( backend ), scheduler_( scheduler ) {}
+   SmbusClient( EventLoop& loop, Descriptor descriptor, Backend& backend, Scheduler& scheduler );
+   ~SmbusClient() override;
 
 private:
    size_t take( std::span<const uint8_t> bytes ) override;
-   void answer( const Transaction& transaction );
+   void newJob();
+   void answer();
 
    Backend& backend_;
    Scheduler& scheduler_;
+   /** For one message after the other. */
+   std::shared_ptr<Scheduler::Job> job_;
+   size_t messageSize_ = 0;
 };
 
 } // namespace Smbusd

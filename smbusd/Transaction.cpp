@@ -13,6 +13,11 @@
 namespace Smbusd {
 
 bool Transaction::parse( std::span<const uint8_t> message ) {
+   response_.Clear();
+   steps_.clear();
+   busses_.clear();
+   current_ = 0;
+   failures_ = 0;
    return request_.ParseFromArray( message.data(), static_cast<int>( message.size() ) );
 }
 
@@ -65,15 +70,17 @@ void Transaction::run( EventLoop& loop, std::function<void()> done ) {
 
 namespace {
 
-/** So long requests run before other clients get their turn. */
+/** So long requests run before other clients get their turn; the clock is looked at after every few. */
 constexpr std::chrono::milliseconds turn { 1 };
+constexpr size_t requestsBetweenLooks = 8;
 
 } // namespace
 
 void Transaction::proceed() {
    auto end = std::chrono::steady_clock::now() + turn;
-   while ( current_ < steps_.size() ) {
-      if ( std::chrono::steady_clock::now() > end ) {
+   for ( size_t run = 0; current_ < steps_.size(); ++run ) {
+      if ( run % requestsBetweenLooks == requestsBetweenLooks - 1 &&
+           std::chrono::steady_clock::now() > end ) {
          loop_->post( [this] { proceed(); } );
          return;
       }
@@ -106,7 +113,7 @@ unsigned retriesOf( const Smbus::TransactionRequest& request ) {
 void Transaction::settle( const Outcome& outcome ) {
    auto& [bus, operation] = steps_[current_];
    if ( outcome.result == I2c::Result::Ok ) {
-      response_.add_response()->set_data( operation.result.data(), operation.result.size() );
+      response_.add_response()->mutable_data()->assign( operation.result.begin(), operation.result.end() );
       ++current_;
       failures_ = 0;
    } else if ( ++failures_ > retriesOf( request_ ) ) {

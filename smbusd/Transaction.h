@@ -19,11 +19,11 @@ namespace Smbusd {
 /**
  * The requests of one message and their answers. Nothing goes to a bus before all requests have been found
  * good. They run in order; one that fails is tried again, and when that doesn't help the transaction has
- * failed and holds the reason and no answers.
+ * failed and holds the reason and no answers. It can be used again and keeps its memory for that.
  */
 class Transaction {
 public:
-   /** @return false when the bytes aren't a message */
+   /** Starts anew with a message. @return false when the bytes aren't one */
    bool parse( std::span<const uint8_t> message );
 
    /** Finds the busses and operations of the requests. @return false when the transaction has failed by that

@@ -48,7 +48,8 @@ bool cutBlock( std::vector<uint8_t>& bytes ) {
 } // namespace
 
 int run( Kernel& kernel, int fd, Operation& operation ) {
-   auto messages = messagesOf( operation );
+   std::vector<I2c::Message> messages;
+   layOut( operation, messages );
    std::vector<i2c_msg> kernelMessages;
    for ( auto& message : messages ) {
       kernelMessages.push_back( toKernel( operation.chip, message ) );

@@ -37,7 +37,8 @@ public:
 
 private:
    static Outcome carryOut( Operation& operation ) {
-      auto messages = messagesOf( operation );
+      std::vector<I2c::Message> messages;
+      layOut( operation, messages );
       assert( !messages.empty() );
       for ( auto& message : messages ) {
          message.kind == I2c::Message::Kind::Write ? assert( !message.bytes.empty() )

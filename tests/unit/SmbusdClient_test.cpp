@@ -109,6 +109,21 @@ TEST_F( SmbusdClient, MaySendAnEmptyMessage ) {
    EXPECT_EQ( received(), ( std::vector<uint8_t> { 0, 0, 0, 2, 0x18, 0 } ) );
 }
 
+TEST_F( SmbusdClient, MaySendShortMessagesAfterLongOnes ) {
+   auto withName = []( Smbus::TransactionRequest message ) {
+      message.set_client( std::string( 10000, 'n' ) );
+      return message;
+   };
+   for ( int i = 0; i < 3; ++i ) {
+      send( framed( withName( {} ) ) );
+      EXPECT_EQ( received(), ( std::vector<uint8_t> { 0, 0, 0, 2, 0x18, 0 } ) );
+      send( framed( withName( reading( 8192 ) ) ) );
+      EXPECT_GT( receive( 8192 ).size(), 8192U );
+      send( framed( reading( 2 ) ) );
+      EXPECT_EQ( received(), answerOfTwo );
+   }
+}
+
 TEST_F( SmbusdClient, KeepsTheConnectionAfterATransactionThatIsRefused ) {
    Smbus::TransactionRequest message;
    message.add_request()->set_type( Smbus::READ );

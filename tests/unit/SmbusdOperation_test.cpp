@@ -17,10 +17,16 @@ Smbus::Request request( Smbus::RequestType type, uint32_t size, const std::strin
    return addRequest( message, type, addressWord( 0x48, 3, reg, addrSize ), size, data );
 }
 
+std::vector<I2c::Message> laidOut( const Operation& operation ) {
+   std::vector<I2c::Message> messages;
+   layOut( operation, messages );
+   return messages;
+}
+
 /** "W:01 02" for a write, "R:2" for a read, "B" for a block read. */
 std::string onTheBus( const Smbus::Request& request ) {
    std::string text;
-   for ( auto& message : messagesOf( operationOf( request ) ) ) {
+   for ( auto& message : laidOut( operationOf( request ) ) ) {
       text += text.empty() ? "" : " ";
       switch ( message.kind ) {
       case I2c::Message::Kind::Write:
@@ -78,6 +84,25 @@ TEST( SmbusdOperation, ReadIsTheSameWithWriteNoStopReadCurrent ) {
    EXPECT_EQ( onTheBus( read ), "W:78 R:2" );
 }
 
+TEST( SmbusdOperation, LaysItselfOutOverTheMessagesOfAnother ) {
+   auto receive = request( Smbus::READ, 0, "" );
+   auto block = request( Smbus::BLOCK_READ, 0, "" );
+   auto write = request( Smbus::WRITE, 1, "\x01" );
+   std::vector<I2c::Message> messages;
+   for ( auto& one : { block, receive, write, block } ) {
+      layOut( operationOf( one ), messages );
+      auto expected = laidOut( operationOf( one ) );
+      ASSERT_EQ( messages.size(), expected.size() );
+      for ( size_t i = 0; i < messages.size(); ++i ) {
+         EXPECT_EQ( messages[i].kind, expected[i].kind );
+         EXPECT_EQ( messages[i].bytes, expected[i].bytes );
+         EXPECT_EQ( messages[i].length, expected[i].length );
+         // What an answer leaves behind.
+         messages[i].bytes.assign( 40, 0xEE );
+      }
+   }
+}
+
 TEST( SmbusdOperation, TalksToTheChipOfTheAddress ) {
    EXPECT_EQ( operationOf( request( Smbus::READ, 1, "" ) ).chip, 0x48 );
 }
@@ -85,7 +110,7 @@ TEST( SmbusdOperation, TalksToTheChipOfTheAddress ) {
 TEST( SmbusdOperation, TakesItsResultFromTheLastMessage ) {
    auto read = request( Smbus::READ, 2, "" );
    auto operation = operationOf( read );
-   auto messages = messagesOf( operation );
+   auto messages = laidOut( operation );
    messages[1].bytes = { 7, 8 };
    takeResult( operation, messages );
    EXPECT_EQ( operation.result, ( std::vector<uint8_t> { 7, 8 } ) );
@@ -94,7 +119,7 @@ TEST( SmbusdOperation, TakesItsResultFromTheLastMessage ) {
 TEST( SmbusdOperation, ThatWritesHasNoResult ) {
    auto write = request( Smbus::WRITE, 1, "\x01" );
    auto operation = operationOf( write );
-   auto messages = messagesOf( operation );
+   auto messages = laidOut( operation );
    takeResult( operation, messages );
    EXPECT_TRUE( operation.result.empty() );
 }

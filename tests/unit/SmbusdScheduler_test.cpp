@@ -18,10 +18,10 @@ protected:
       for ( auto number : busses ) {
          addRequest( message, Smbus::READ, addressWord( nextChip_, number ), 1 );
       }
-      auto transaction = std::make_shared<Transaction>();
-      ASSERT_TRUE( transaction->parse( serialised( message ) ) );
-      ASSERT_TRUE( transaction->plan( backend ) );
-      scheduler.run( transaction, [this, chip = nextChip_] { ended.push_back( chip ); } );
+      job = std::make_shared<Scheduler::Job>( [this, chip = nextChip_] { ended.push_back( chip ); } );
+      ASSERT_TRUE( job->transaction.parse( serialised( message ) ) );
+      ASSERT_TRUE( job->transaction.plan( backend ) );
+      scheduler.run( job );
       ++nextChip_;
    }
 
@@ -43,6 +43,8 @@ protected:
    FakeBus& three = backend.make( 3 );
    FakeBus& five = backend.make( 5 );
    Scheduler scheduler { loop };
+   /** What was handed over last. */
+   std::shared_ptr<Scheduler::Job> job;
    /** The chips of the transactions that have ended. */
    std::vector<int> ended;
 
@@ -155,6 +157,35 @@ TEST_F( SmbusdScheduler, CarriesOnAfterATransactionThatFails ) {
       three.release();
       settle();
    }
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
+}
+
+TEST_F( SmbusdScheduler, RunsAJobAgainFromItsEnd ) {
+   Smbus::TransactionRequest message;
+   addRequest( message, Smbus::READ, addressWord( 0x20, 3 ), 1 );
+   auto start = [&] {
+      EXPECT_TRUE( job->transaction.parse( serialised( message ) ) );
+      EXPECT_TRUE( job->transaction.plan( backend ) );
+      scheduler.run( job );
+   };
+   job = std::make_shared<Scheduler::Job>( [&] {
+      if ( three.log.size() < 3 ) {
+         start();
+      }
+   } );
+   start();
+   EXPECT_THAT( three.log, ElementsAre( "0x20 reg 0x00", "0x20 reg 0x00", "0x20 reg 0x00" ) );
+}
+
+TEST_F( SmbusdScheduler, RunsAJobToItsEndThatNobodyElseHas ) {
+   three.holding = true;
+   run( { 3 } );
+   run( { 3 } );
+   job.reset();
+   three.release();
+   settle();
+   three.release();
+   settle();
    EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
 }
 

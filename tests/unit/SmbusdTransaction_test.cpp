@@ -206,17 +206,39 @@ TEST_F( SmbusdTransaction, TriesAgainOnABusThatTakesTime ) {
    EXPECT_FALSE( transaction.response().failed() );
 }
 
+TEST_F( SmbusdTransaction, StartsAnewWithTheNextMessage ) {
+   addRead( 0x48, 3, 2 );
+   addRead( 0x49, 5, 8 );
+   bus.outcomes.assign( 3, noAcknowledge );
+   ASSERT_TRUE( start() );
+   expectFailure( "request 1: i2c-3 0x48 reg 0x00: no acknowledge" );
+
+   message.Clear();
+   addRead( 0x4A, 5, 1 );
+   message.set_retries( 0 );
+   bus.log.clear();
+   ASSERT_TRUE( start() );
+   EXPECT_FALSE( transaction.response().failed() );
+   EXPECT_FALSE( transaction.response().has_reason() );
+   ASSERT_EQ( transaction.response().response_size(), 1 );
+   EXPECT_EQ( transaction.response().response( 0 ).data(), "\x01" );
+   EXPECT_THAT( bus.log, ElementsAre() );
+   EXPECT_THAT( otherBus.log, ElementsAre( "0x4a reg 0x00" ) );
+   EXPECT_THAT( transaction.busses(), ElementsAre( &otherBus ) );
+}
+
 TEST_F( SmbusdTransaction, LetsOthersInBetweenRequestsThatTakeLong ) {
-   for ( int i = 0; i < 5; ++i ) {
+   for ( int i = 0; i < 20; ++i ) {
       addRead( 0x48 );
    }
    bus.work = std::chrono::milliseconds( 2 );
    size_t done = 0;
    loop.post( [&] { done = bus.log.size(); } );
    ASSERT_TRUE( start() );
-   EXPECT_EQ( done, 1U );
+   EXPECT_GT( done, 0U );
+   EXPECT_LT( done, 10U );
    EXPECT_TRUE( ended );
-   EXPECT_EQ( transaction.response().response_size(), 5 );
+   EXPECT_EQ( transaction.response().response_size(), 20 );
 }
 
 TEST_F( SmbusdTransaction, TouchesNoBusWhenOneOfItsRequestsIsNone ) {
