@@ -1,15 +1,12 @@
 // Everything together: quillonctl, the library, the socket, the server and the emulated chips.
 
-#include "SystemTest.h"
+#include "EmulatedBoard.h"
 
 #include <rapidjson/document.h>
 
 #include <csignal>
 
-#include <chrono>
-#include <memory>
 #include <ostream>
-#include <thread>
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -18,38 +15,7 @@ using testing::Not;
 
 namespace {
 
-std::string serverProgram() { return std::filesystem::path( QUILLONCTL ).parent_path() / "quillon-smbusd"; }
-
-/** quillonctl before the emulated board of a switch. */
-class Stack : public SystemTest {
-protected:
-   Stack() {
-      environment["QUILLON_SMBUS_SOCKET"] = folder / "smbus.sock";
-      environment["QUILLON_SMBUS_CONTROL"] = folder / "control.sock";
-      startServer();
-   }
-
-   void startServer() {
-      server.reset();
-      std::filesystem::remove( folder / "control.sock" );
-      server =
-         std::make_unique<Process>( Process::Arguments { serverProgram(), "--emulate", BOARDS "/selvane",
-                                       "--control", folder / "control.sock", "--log-level", "warning" },
-            environment );
-      while ( !std::filesystem::exists( folder / "control.sock" ) ) {
-         std::this_thread::sleep_for( std::chrono::milliseconds( 2 ) );
-      }
-   }
-
-   /** A line for the emulated board, in words. */
-   Result emu( const Process::Arguments& words ) {
-      Process::Arguments arguments = { "emu" };
-      arguments.insert( arguments.end(), words.begin(), words.end() );
-      return run( arguments );
-   }
-
-   std::unique_ptr<Process> server;
-};
+using Stack = EmulatedBoardTest;
 
 /** What a JSON line says of its only object. */
 struct Reading {
