@@ -36,10 +36,10 @@ give_up() {
    exit 1
 }
 
-# Puts chips of 16-bit registers, which hold what is written, at 0x48, 0x49 and 0x4a of an adapter that knows
-# SMBus alone, no I2C_RDWR.
+# Puts chips of registers that hold what is written on an adapter that knows SMBus alone, no I2C_RDWR: sensors
+# at 0x48, 0x49 and 0x4a, fan controllers at 0x2c and 0x2d, the CPLD at 0x30.
 load_chips() {
-   insmod /modules/i2c-stub.ko chip_addr=0x48,0x49,0x4a
+   insmod /modules/i2c-stub.ko chip_addr=0x48,0x49,0x4a,0x2c,0x2d,0x30
    adapter=$( grep -lx "SMBus stub driver" /sys/bus/i2c/devices/i2c-*/name | sed 's,.*/i2c-\(.*\)/name,\1,' )
    allow_access
 }
@@ -68,9 +68,18 @@ peek() {
    i2cget -f -y "$adapter" "$1" "$2" w
 }
 
-# hold CHIP: gives a chip to the kernel's own driver for it. release CHIP: takes it away again.
+# poke_byte CHIP REGISTER BYTE and peek_byte CHIP REGISTER: the same for chips of 8-bit registers.
+poke_byte() {
+   i2cset -f -y "$adapter" "$1" "$2" "$3" b
+}
+
+peek_byte() {
+   i2cget -f -y "$adapter" "$1" "$2" b
+}
+
+# hold CHIP PART: gives a chip to the kernel's own driver for a part. release CHIP: takes it away again.
 hold() {
-   echo "pct2075 $1" >"/sys/bus/i2c/devices/i2c-$adapter/new_device"
+   echo "$2 $1" >"/sys/bus/i2c/devices/i2c-$adapter/new_device"
 }
 
 release() {
@@ -78,7 +87,7 @@ release() {
 }
 
 # of_kernel CHIP FILE: what the kernel's driver says of a chip, such as temp1_input, in thousandths of a
-# degree.
+# degree, or fan1_input, in revolutions per minute.
 of_kernel() {
    cat "/sys/bus/i2c/devices/$adapter-00${1#0x}"/hwmon/hwmon*/"$2"
 }
@@ -103,21 +112,31 @@ stop_server() {
    is "the server removes its socket" "$( ls /run/quillon )" ""
 }
 
-# status NAME...: asks quillonctl for sensors. For what it has said there are `exit_status`, `complaints` and
-# the functions below.
-status() {
-   json=$( quillonctl --board /test/board --socket "$socket" --json status "$@" 2>/run/complaints )
+# ctl COMMAND...: quillonctl. For what it has said there are `exit_status`, `json`, `complaints` and the
+# functions below.
+ctl() {
+   json=$( quillonctl --board /test/board --socket "$socket" --json "$@" 2>/run/complaints )
    exit_status=$?
    complaints=$( cat /run/complaints )
    sed 's/^/# /' /run/complaints
 }
 
-# object NAME: the JSON object of a sensor.
+# status NAME...: asks quillonctl for objects.
+status() {
+   ctl status "$@"
+}
+
+# object NAME: the JSON object of an object of the board.
 object() {
    echo "$json" | sed 's/{"kind"/\n&/g' | grep "\"name\":\"$1\""
 }
 
+# value NAME KEY: what stands under a key of it.
+value() {
+   object "$1" | sed "s/.*\"$2\":\([^,]*\),.*/\1/"
+}
+
 # temperature NAME
 temperature() {
-   object "$1" | sed 's/.*"temperature_celsius":\([^,]*\),.*/\1/'
+   value "$1" temperature_celsius
 }

@@ -3,7 +3,7 @@
 # Bits 15 to 5 of the chip's word count eighths of a degree, the rest is nothing: 0x19e0 is 207 of them, which
 # is 25.875, and 0xe6e0 is 201 below zero, -25.125.
 start_server
-hold 0x49
+hold 0x49 pct2075
 while read -r word degrees thousandths; do
    poke 0x48 0 "$word"
    poke 0x49 0 "$word"

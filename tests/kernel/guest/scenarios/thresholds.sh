@@ -17,11 +17,11 @@ is "the critical threshold of inlet" "$( peek 0x48 3 )" 0x0050
 is "the alert of asic" "$( peek 0x4a 2 )" 0x80f5
 is "the critical threshold of asic" "$( peek 0x4a 3 )" 0x807f
 
-hold 0x48
+hold 0x48 pct2075
 is "the alert of inlet for the kernel" "$( of_kernel 0x48 temp1_max_hyst )" 45500
 is "the critical threshold of inlet for the kernel" "$( of_kernel 0x48 temp1_max )" 80000
 release 0x48
-hold 0x4a
+hold 0x4a pct2075
 is "the alert of asic for the kernel" "$( of_kernel 0x4a temp1_max_hyst )" -10500
 is "the critical threshold of asic for the kernel" "$( of_kernel 0x4a temp1_max )" 127500
 release 0x4a
