@@ -1,7 +1,8 @@
 #include "Bcm59121Port.h"
 
+#include "Bcm59121Detection.h"
+
 #include <algorithm>
-#include <array>
 
 namespace Emulator {
 
@@ -21,42 +22,6 @@ constexpr auto errorDelay = 750ms;
 /** A load below 10 mA does not maintain its power. */
 constexpr double leastAmperes = 0.01;
 
-/* Codes of a detection. */
-constexpr uint8_t detectionUnknown = 0;
-constexpr uint8_t detectionShort = 1;
-constexpr uint8_t detectionHighCapacitance = 2;
-constexpr uint8_t detectionLowResistance = 3;
-constexpr uint8_t detectionValid = 4;
-constexpr uint8_t detectionHighResistance = 5;
-constexpr uint8_t detectionOpen = 6;
-/** Beside the code of a channel with a signature of its own. */
-constexpr uint8_t ownSignature = 0x10;
-
-/** What a detection type takes for valid. */
-struct DetectionType {
-   bool resistor;
-   bool capacitor;
-};
-
-constexpr std::array<DetectionType, 6> detectionTypes = { {
-   { false, false }, // none
-   { false, true },  // legacy capacitive
-   { true, false },  // 4 point
-   { true, true },   // legacy 4 point
-   { true, false },  // 2 point
-   { true, true },   // legacy 2 point
-} };
-
-/** The highest class of each power mode, from IEEE 802.3af to 802.3bt Type-4. */
-constexpr std::array<uint8_t, 7> modeClasses = { 3, 3, 4, 4, 6, 6, 8 };
-constexpr uint8_t highestTwoPairClass = 4;
-/** On each pair set, up to Type-3 and for Type-4. */
-constexpr uint8_t highestDualClass = 4;
-constexpr uint8_t highestDualClassType4 = 5;
-constexpr uint8_t modeAt = 3;
-constexpr uint8_t modeBeforeBt = 4;
-constexpr uint8_t modeType4 = 6;
-
 constexpr uint8_t violationNone = 0;
 constexpr uint8_t violationUser = 2;
 
@@ -72,7 +37,7 @@ void count( uint8_t& counter ) { counter = static_cast<uint8_t>( std::min( count
 void Bcm59121Port::start( bool isFourPair ) {
    isFourPair_ = isFourPair;
    settings_.isEnabled = power_->isAutomatic;
-   settings_.powerMode = isFourPair ? modeBeforeBt : modeAt;
+   settings_.powerMode = isFourPair ? powerModeBeforeBt : powerModeAt;
    isWanted_ = power_->isAutomatic;
    restart();
 }
@@ -281,7 +246,7 @@ void Bcm59121Port::restart() {
 }
 
 void Bcm59121Port::detect() {
-   detection_ = detectionCode();
+   detection_ = bcm59121Detect( settings_.detectionType, device_.kind );
    if ( isValid() ) {
       enter( Phase::Classifying, classificationTime );
    } else if ( detection_ != detectionUnknown && detection_ != detectionOpen ) {
@@ -295,7 +260,8 @@ void Bcm59121Port::classify() {
       class_ = device_.pdClass;
       return enter( Phase::Detecting );
    }
-   class_ = device_.kind == DeviceKind::Legacy ? 0 : std::min( device_.pdClass, highestClass() );
+   auto highest = bcm59121HighestClass( settings_.powerMode, isFourPair_, isDual() );
+   class_ = device_.kind == DeviceKind::Legacy ? 0 : std::min( device_.pdClass, highest );
    enter( Phase::Requesting );
    request();
 }
@@ -353,44 +319,9 @@ void Bcm59121Port::checkLoad() {
    }
 }
 
-uint8_t Bcm59121Port::detectionCode() const {
-   auto type = detectionTypes.at( settings_.detectionType );
-   if ( !type.resistor && !type.capacitor ) {
-      return detectionUnknown;
-   }
-   switch ( device_.kind ) {
-   case DeviceKind::Single:
-   case DeviceKind::Dual:
-      return type.resistor ? detectionValid : detectionUnknown;
-   case DeviceKind::Legacy:
-      return type.capacitor ? detectionValid : detectionHighCapacitance;
-   case DeviceKind::Short:
-      return detectionShort;
-   case DeviceKind::LowResistance:
-      return detectionLowResistance;
-   case DeviceKind::HighResistance:
-      return detectionHighResistance;
-   case DeviceKind::None:
-   case DeviceKind::Open:
-      break;
-   }
-   return detectionOpen;
-}
-
 bool Bcm59121Port::isValid() const { return detection_ == detectionValid; }
 
 bool Bcm59121Port::isDual() const { return isFourPair_ && device_.kind == DeviceKind::Dual; }
-
-uint8_t Bcm59121Port::highestClass() const {
-   if ( !isFourPair_ ) {
-      return std::min( modeClasses.at( settings_.powerMode ), highestTwoPairClass );
-   }
-   if ( isDual() ) {
-      auto highest = settings_.powerMode == modeType4 ? highestDualClassType4 : highestDualClass;
-      return std::min( modeClasses.at( settings_.powerMode ), highest );
-   }
-   return modeClasses.at( settings_.powerMode );
-}
 
 unsigned Bcm59121Port::classPower() const { return bcm59121ClassPower( class_ ) * ( isDual() ? 2 : 1 ); }
 

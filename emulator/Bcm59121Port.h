@@ -132,13 +132,11 @@ private:
    void release();
    void checkLoad();
 
-   uint8_t detectionCode() const;
    bool isValid() const;
    bool isDual() const;
 
    unsigned channels() const { return isFourPair_ ? 2 : 1; }
 
-   uint8_t highestClass() const;
    /* In 0.1 W. */
    unsigned classPower() const;
    unsigned limit() const;
