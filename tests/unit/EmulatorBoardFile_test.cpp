@@ -242,6 +242,8 @@ TEST( EmulatorBoardFile, OfSelvaneHoldsItsChips ) {
       // It has no register 0.
       { "fans", 3, 0x2C, "emc2305", { 0xFF, 0xFF } },
       { "cpld", 5, 0x30, "cpld", { 0x2A, 0x01 } },
+      // It has no reply yet.
+      { "poe", 4, 0x20, "bcm59121", { 0xFF, 0xFF } },
    };
    auto board = loadBoard( shared( "boards/selvane/emulator.json" ) );
    EXPECT_EQ( board.places().size(), std::size( chips ) );
@@ -252,4 +254,14 @@ TEST( EmulatorBoardFile, OfSelvaneHoldsItsChips ) {
       EXPECT_EQ( place->chip->part(), chip.part ) << chip.name;
       EXPECT_EQ( receiveFrom( *place->chip, 2 ), chip.firstBytes ) << chip.name;
    }
+}
+
+TEST( EmulatorBoardFile, OfSelvaneHoldsThePoeControllerInResetUntilTheCpldReleasesIt ) {
+   auto board = loadBoard( shared( "boards/selvane/emulator.json" ) );
+   std::vector<I2c::Message> probe { writing( {} ) };
+   EXPECT_EQ( board.find( "poe" )->chip->get( "reset" ), "1" );
+   EXPECT_EQ( board.transfer( 4, 0x20, probe ).result, I2c::Result::NoAcknowledge );
+   std::vector<I2c::Message> release { writing( { 0x05, 0x00 } ) };
+   ASSERT_EQ( board.transfer( 5, 0x30, release ).result, I2c::Result::Ok );
+   EXPECT_EQ( board.find( "poe" )->chip->get( "reset" ), "0" );
 }
