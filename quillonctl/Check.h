@@ -22,6 +22,10 @@ void objects( const JsonFile& file, const Inventory& topology, std::vector<Findi
 void arguments( const JsonFile& file, const std::string& pointer, const rapidjson::Value& args,
    std::vector<Finding>& findings );
 
+/** Checks what the driver of an object reads of its argument document, one that the library has. */
+void driverArguments( const JsonFile& file, const std::string& pointer, const std::string& kind,
+   const rapidjson::Value& args, std::vector<Finding>& findings );
+
 /** Whether an argument document takes away the device's access to hardware. */
 bool deniesHam( const rapidjson::Value& args );
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
 #include <set>
 
 namespace Check {
@@ -19,6 +20,10 @@ const std::vector<std::string> drivers = { "Dummy", "GpioDriver", "PCT2075", "Se
 
 /** A "uid" that stands for none. */
 constexpr uint32_t noUid = 0xFFFFFFFF;
+
+bool isKnownDriver( const Value& driver ) {
+   return driver.IsString() && std::find( drivers.begin(), drivers.end(), textOf( driver ) ) != drivers.end();
+}
 
 bool isMultiDevice( const Value& args ) {
    auto value = member( args, "isMultiDevice" );
@@ -38,10 +43,13 @@ public:
       }
    }
 
-   void device( const Value& args, const Inventory& topology ) {
+   void device( const std::string& kind, const Value& args, const Inventory& topology ) {
       pointer_ = under( pointer_, "args" );
       place( args, topology );
       arguments( file_, pointer_, args, findings_ );
+      if ( isKnownDriver( args["driver"] ) ) {
+         driverArguments( file_, pointer_, kind, args, findings_ );
+      }
       if ( args["driver"].IsNull() ) {
          find( "driver", "must name a driver" );
       }
@@ -50,6 +58,16 @@ public:
       }
       if ( deniesHam( args ) ) {
          find( "provideHam", "must not be 0: no driver does without access to its device" );
+      }
+   }
+
+   /** A device is made once, for the first of its objects. @param first the first driver of each device */
+   void driverOfDevice( const Value& args, std::map<uint32_t, std::string>& first ) {
+      auto did = args["did"].GetUint();
+      auto driver = args["driver"].IsString() ? textOf( args["driver"] ) : "";
+      auto& made = first.emplace( did, driver ).first->second;
+      if ( made != driver ) {
+         find( "driver", fmt::format( "an object before has the driver {} for the device {}", made, did ) );
       }
    }
 
@@ -86,8 +104,7 @@ bool deniesHam( const Value& args ) {
 void arguments(
    const JsonFile& file, const std::string& pointer, const Value& args, std::vector<Finding>& findings ) {
    auto& driver = args["driver"];
-   if ( driver.IsString() &&
-        std::find( drivers.begin(), drivers.end(), textOf( driver ) ) == drivers.end() ) {
+   if ( driver.IsString() && !isKnownDriver( driver ) ) {
       findings.push_back(
          file.at( under( pointer, "driver" ), fmt::format( "there is no driver {}; the drivers are {}",
                                                  compact( driver ), fmt::join( drivers, ", " ) ) ) );
@@ -106,6 +123,7 @@ void arguments(
 
 void objects( const JsonFile& file, const Inventory& topology, std::vector<Finding>& findings ) {
    std::set<std::string> names;
+   std::map<uint32_t, std::string> driversByDid;
    size_t index = 0;
    for ( auto& object : file.document()["objects"].GetArray() ) {
       auto pointer = under( "/objects", index++ );
@@ -115,7 +133,8 @@ void objects( const JsonFile& file, const Inventory& topology, std::vector<Findi
       ObjectCheck check( file, pointer, findings );
       check.thresholds( object );
       if ( textOf( object["kind"] ) != "system" ) {
-         check.device( object["args"], topology );
+         check.device( textOf( object["kind"] ), object["args"], topology );
+         check.driverOfDevice( object["args"], driversByDid );
       }
    }
 }

@@ -122,6 +122,13 @@ INSTANTIATE_TEST_SUITE_P( ObjectArguments, WrongDocument,
          object(
             R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": "../a" } })" ),
          { R"(objects.json:2:107: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "../a")" } },
+      { "NameTooLong",
+         object(
+            R"({ "kind": "psu", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": ")" +
+            std::string( 101, 'x' ) + "\" } }" ),
+         { "objects.json:2:107: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at "
+           "most 100 characters, beginning with a letter or digit, not \"" +
+            std::string( 39, 'x' ) + "..." } },
       { "SeveralMistakes",
          object(
             R"({ "kind": "psu", "name": "a", "args": { "did": 8, "driver": null, "address": { "address": 1, "addrSize": 3 }, "provideHam": 0 } })" ),
@@ -187,5 +194,131 @@ INSTANTIATE_TEST_SUITE_P( Kinds, WrongDocument,
          object(
             R"({ "kind": "slot", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "fanId": 1, "modelName": "", "serialNum": "", "airflowDirection": "" } } })" ),
          { R"(objects.json:2:114: /objects/0/args/driverArgs: lacks the key "maxRpm")" } },
+   } ),
+   nameOf );
+
+namespace {
+
+/** An object with its "driverArgs" in line 4 of the document. */
+Documents driven( const std::string& kind, const std::string& driver, const std::string& driverArgs ) {
+   auto thresholds = kind == "temp_sensor" ? R"( "alert": 1, "critical": 2,)" : "";
+   return object( R"({ "kind": ")" + kind + R"(", "name": "a",)" + thresholds +
+                  R"( "args": { "did": 9, "address": { "address": 1 }, "driver":)" + "\n\"" + driver +
+                  "\", \"driverArgs\":\n" + driverArgs + " } }" );
+}
+
+/** The arguments of a cage but for its type, and with one more. */
+std::string cage( const std::string& type, const std::string& more ) {
+   return R"({ "type": ")" + type + R"(", "id": 1, "presenceReg": 16, "presenceBit": 0,
+      "presenceActiveHigh": "false", "rxLosReg": 16, "rxLosBit": 4, "txFaultReg": 31, "txFaultBit": 0,
+      "txFaultActiveHigh": true, "txDisableReg": 31, "txDisableBit": 4, "txDisableActiveHigh": true,
+      "rxLosActiveHigh": )" +
+          more + "}";
+}
+
+} // namespace
+
+// What the drivers need, and what they do not make.
+INSTANTIATE_TEST_SUITE_P( Drivers, WrongDocument,
+   ::testing::ValuesIn( std::vector<Row> {
+      { "FanOfASensor", driven( "fan", "PCT2075", R"({ "fanId": 1, "maxRpm": 1, "registerOffset": 0 })" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver PCT2075 makes no fan; there is EMC2305" } },
+      { "SensorOfAFanController", driven( "temp_sensor", "EMC2305", "{}" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver EMC2305 makes no temp_sensor; there is "
+           "PCT2075" } },
+      { "SlotOfACage",
+         driven( "slot", "SelvaneXcvr",
+            R"({ "fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "" })" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver SelvaneXcvr makes no slot; there is "
+           "EMC2305" } },
+      { "CageOfAnLed", driven( "xcvr", "SelvanePortLed", R"({ "id": 1, "type": "sfp" })" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver SelvanePortLed makes no xcvr; there is "
+           "SelvaneXcvr" } },
+      { "LedOfNothing", driven( "led", "Dummy", "{}" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no led; there is "
+           "SelvanePortLed, SelvaneSystemLed" } },
+      { "PortOfNothing", driven( "poe_port", "Dummy", "{}" ),
+         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no poe_port; there is "
+           "BCM59121" } },
+      { "TwoDriversOfOneDevice",
+         object(
+            R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "GpioDriver", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } },
+{ "kind": "led", "name": "b", "args": { "did": 9, "address": { "address": 1 }, "driverArgs": { "reg": 64, "id": 1 }, "driver":
+"SelvaneSystemLed" } })" ),
+         { "objects.json:4:1: /objects/1/args/driver: an object before has the driver GpioDriver for the "
+           "device 9" } },
+      { "PortLedWithoutArguments", driven( "led", "SelvanePortLed", "{}" ),
+         { R"(objects.json:4:1: /objects/0/args/driverArgs: lacks the keys "ledName", "ledReg", "portType", which the driver SelvanePortLed needs)" } },
+      { "PortLedWithNulls",
+         driven( "led", "SelvanePortLed", R"({ "ledName": null, "ledReg": 128, "portType": "sfp" })" ),
+         { R"(objects.json:4:1: /objects/0/args/driverArgs: lacks the key "ledName", which the driver SelvanePortLed needs)" } },
+      { "PortLedRegisterTooHigh", driven( "led", "SelvanePortLed", R"({ "ledReg":
+256, "ledName": "a", "portType": "" })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/ledReg: must be an integer from 0 to 255, or a text "
+           "of its digits, not 256" } },
+      { "PortLedRegisterHexadecimal", driven( "led", "SelvanePortLed", R"({ "ledReg":
+"0x80", "ledName": "a", "portType": "" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/ledReg: must be an integer from 0 to 255, or a text of its digits, not "0x80")" } },
+      { "PortLedRegisterWithLetters", driven( "led", "SelvanePortLed", R"({ "ledReg":
+"12x", "ledName": "a", "portType": "" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/ledReg: must be an integer from 0 to 255, or a text of its digits, not "12x")" } },
+      { "PortLedRegisterEmpty", driven( "led", "SelvanePortLed", R"({ "ledReg":
+"", "ledName": "a", "portType": "" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/ledReg: must be an integer from 0 to 255, or a text of its digits, not "")" } },
+      { "PortLedRegisterFraction", driven( "led", "SelvanePortLed", R"({ "ledReg":
+1.5, "ledName": "a", "portType": "" })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/ledReg: must be an integer from 0 to 255, or a text "
+           "of its digits, not 1.5" } },
+      { "PortLedNameNumber", driven( "led", "SelvanePortLed", R"({ "ledReg": 1, "ledName":
+1, "portType": "" })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/ledName: must be a string, not 1" } },
+      { "SystemLedWithoutDriverArgs",
+         object(
+            R"({ "kind": "led", "name": "a", "args": { "did": 9, "driver": "SelvaneSystemLed", "address": { "address": 1 } } })" ),
+         { R"(objects.json:2:39: /objects/0/args: lacks the keys "reg", "id", which the driver SelvaneSystemLed needs)" } },
+      { "SystemLedOfNoRegister", driven( "led", "SelvaneSystemLed", R"({ "reg":
+68, "id": 1 })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/reg: must be an integer from 64 to 67, or a text of "
+           "its digits, not 68" } },
+      { "SystemLedIdNegative", driven( "led", "SelvaneSystemLed", R"({ "reg": 64, "id":
+-1 })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/id: must be an integer from 0 to 255, or a text of "
+           "its digits, not -1" } },
+      { "CageWithoutSignals", driven( "xcvr", "SelvaneXcvr", R"({ "id": 1, "type": "sfp" })" ),
+         { R"(objects.json:4:1: /objects/0/args/driverArgs: lacks the keys "presenceReg", "presenceBit", "presenceActiveHigh", "rxLosReg", "rxLosBit", "rxLosActiveHigh", "txFaultReg", "txFaultBit", "txFaultActiveHigh", "txDisableReg", "txDisableBit", "txDisableActiveHigh", which the driver SelvaneXcvr needs)" } },
+      { "CageOfAnotherType", driven( "xcvr", "SelvaneXcvr", cage( "qsfp", "true" ) ),
+         { R"(objects.json:4:11: /objects/0/args/driverArgs/type: must be one of "sfp", "sfp+", not "qsfp")" } },
+      { "CagePolarity", driven( "xcvr", "SelvaneXcvr", cage( "sfp+", "\n\"True\"" ) ),
+         { R"(objects.json:8:1: /objects/0/args/driverArgs/rxLosActiveHigh: must be true or false, not "True")" } },
+      { "GpioBitTooHigh", driven( "gpio", "Dummy", R"({ "register": 1, "bitpos":
+8 })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/bitpos: must be an integer from 0 to 7, or a text "
+           "of its digits, not 8" } },
+      { "GpioRegisterTooHigh", driven( "gpio", "PCT2075", R"({ "bitpos": "7", "register":
+"256" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/register: must be an integer from 0 to 255, or a text of its digits, not "256")" } },
+      { "FanTooFast", driven( "fan", "EMC2305", R"({ "fanId": 1, "registerOffset": 0, "maxRpm":
+8421505 })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/maxRpm: must be an integer from 1 to 8421504, or a "
+           "text of its digits, not 8421505" } },
+      { "FanOffsetTooHigh", driven( "fan", "EMC2305", R"({ "fanId": 1, "maxRpm": 20000, "registerOffset":
+5 })" ),
+         { "objects.json:5:1: /objects/0/args/driverArgs/registerOffset: must be an integer from 0 to 4, or "
+           "a text of its digits, not 5" } },
+      { "SlotMaxRpmTooHigh",
+         driven( "slot", "EMC2305",
+            R"({ "fanId": 1, "modelName": "", "serialNum": "", "airflowDirection": "", "maxRpm":
+"99999999999" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/maxRpm: must be an integer from 1 to 2147483647, or a text of its digits, not "99999999999")" } },
+      { "SlotPropNoNumber",
+         driven( "slot", "EMC2305",
+            R"({ "fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "", "prop":
+"0.9x" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/prop: must be a number, or a text of one, not "0.9x")" } },
+      { "SlotPropTooLarge",
+         driven( "slot", "EMC2305",
+            R"({ "fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "", "prop":
+"1e99" })" ),
+         { R"(objects.json:5:1: /objects/0/args/driverArgs/prop: must be a number, or a text of one, not "1e99")" } },
    } ),
    nameOf );
