@@ -90,10 +90,24 @@ std::string asJson( const char* key, const std::string& text ) {
    return buffer.GetString();
 }
 
+struct Answer {
+   bool isGood;
+   std::string text;
+};
+
 /** What stands behind the first word. */
 std::string rest( const std::string& answer ) {
    auto blank = answer.find( ' ' );
    return blank == std::string::npos ? "" : answer.substr( blank + 1 );
+}
+
+Answer ask( const std::string& control, const std::string& line ) {
+   try {
+      auto answer = ControlSocket( control ).ask( line );
+      return { answer == "ok" || answer.starts_with( "ok " ), rest( answer ) };
+   } catch ( const HostError& error ) {
+      return { false, error.what() };
+   }
 }
 
 } // namespace
@@ -103,9 +117,7 @@ int emuCommand( const std::string& control, const std::vector<std::string>& word
    if ( line.find( '\n' ) != std::string::npos ) {
       throw InputError( { "a line for the emulated board has no line end in it" } );
    }
-   auto answer = ControlSocket( control ).ask( line );
-   auto text = rest( answer );
-   bool isGood = answer == "ok" || answer.starts_with( "ok " );
+   auto [isGood, text] = ask( control, line );
    if ( json ) {
       fmt::print( "{}\n", asJson( isGood ? "answer" : "error", text ) );
    } else if ( isGood && !text.empty() ) {

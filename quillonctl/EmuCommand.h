@@ -9,7 +9,7 @@
  * @param control path of the socket
  * @param words the line; none asks for help
  * @return exit status
- * @throw HostError when nobody answers there
+ * @throw InputError
  */
 int emuCommand( const std::string& control, const std::vector<std::string>& words, bool json );
 

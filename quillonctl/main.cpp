@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
@@ -105,6 +106,8 @@ public:
       try {
          app_.parse( argc, argv );
       } catch ( const CLI::ParseError& error ) {
+         // What stands behind a mistake is not parsed.
+         options_.json = std::find( argv, argv + argc, std::string_view( "--json" ) ) != argv + argc;
          return answer( error );
       }
       if ( app_.get_subcommands().empty() ) {
@@ -153,9 +156,8 @@ private:
       return refuseUsage( error.what() );
    }
 
-   static int refuseUsage( const std::string& mistake ) {
-      complain( mistake + "; see quillonctl --help" );
-      return exitUsage;
+   int refuseUsage( const std::string& mistake ) {
+      return refuse( InputError( { mistake + "; see quillonctl --help" } ) );
    }
 
    void prepare() {

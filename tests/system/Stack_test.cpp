@@ -2,6 +2,7 @@
 
 #include "EmulatedBoard.h"
 
+#include <fmt/format.h>
 #include <rapidjson/document.h>
 
 #include <csignal>
@@ -208,4 +209,8 @@ TEST_F( Stack, SaysWhatToDoWhenThereIsNoEmulatedBoard ) {
    EXPECT_EQ( result.exitStatus, 1 );
    EXPECT_THAT( result.err, HasSubstr( "no emulated board at " ) );
    EXPECT_THAT( result.err, HasSubstr( "start quillon-smbusd with --emulate and --control" ) );
+   result = run( { "--json", "emu", "list" } );
+   EXPECT_EQ( result.exitStatus, 1 );
+   EXPECT_EQ( result.out,
+      fmt::format( "{{\"error\":\"{}\"}}\n", result.err.substr( 12, result.err.find( '\n' ) - 12 ) ) );
 }

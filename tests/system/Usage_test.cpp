@@ -1,6 +1,7 @@
 #include "SystemTest.h"
 
 #include <fmt/format.h>
+#include <rapidjson/document.h>
 
 #include <ostream>
 
@@ -58,6 +59,20 @@ TEST_P( WrongUsage, IsTold ) {
    EXPECT_EQ( result.out, "" ) << GetParam().name;
    EXPECT_EQ( result.err, fmt::format( "quillonctl: {}; see quillonctl --help\n", GetParam().complaint ) )
       << GetParam().name;
+   EXPECT_EQ( result.exitStatus, 2 ) << GetParam().name;
+}
+
+TEST_P( WrongUsage, IsADocumentInJsonToo ) {
+   auto arguments = GetParam().arguments;
+   arguments.insert( arguments.begin(), "--json" );
+
+   auto result = run( arguments );
+
+   rapidjson::Document document;
+   document.Parse( result.out.c_str() );
+   ASSERT_FALSE( document.HasParseError() ) << GetParam().name << ": " << result.out;
+   EXPECT_EQ( document["objects"].Size(), 0U ) << GetParam().name;
+   EXPECT_EQ( fmt::format( "quillonctl: {}\n", document["errors"][0].GetString() ), result.err );
    EXPECT_EQ( result.exitStatus, 2 ) << GetParam().name;
 }
 
