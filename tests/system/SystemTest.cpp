@@ -98,7 +98,7 @@ std::string scriptedObject( const std::string& kind, const std::string& name, co
       { "fan", { "EMC2305", R"("fanId": 1, "maxRpm": 20000, "registerOffset": 0, )" } },
       { "gpio", { "GpioDriver", R"("register": 5, "bitpos": 0, )" } },
       { "led", { "SelvaneSystemLed", R"("reg": 64, "id": 1, )" } },
-      { "poe_port", { "BCM59121", "" } },
+      { "poe_port", { "BCM59121", R"("portId": 0, "numPorts": 1, "numAtPorts": 1, )" } },
       { "psu", { "Dummy", "" } },
       { "slot",
          { "EMC2305",

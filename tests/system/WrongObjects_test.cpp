@@ -322,3 +322,36 @@ INSTANTIATE_TEST_SUITE_P( Drivers, WrongDocument,
          { R"(objects.json:5:1: /objects/0/args/driverArgs/prop: must be a number, or a text of one, not "1e99")" } },
    } ),
    nameOf );
+
+INSTANTIATE_TEST_SUITE_P( PoePorts, WrongDocument,
+   ::testing::ValuesIn( std::vector<Row> {
+      { "PoePortWithoutPorts",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1 } } })" ),
+         { R"(objects.json:2:118: /objects/0/args/driverArgs: lacks the keys "numPorts", "numAtPorts")" } },
+      { "PoePortIdNegative",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": -1, "numPorts": 12, "numAtPorts": 8 } } })" ),
+         { R"(objects.json:2:130: /objects/0/args/driverArgs/portId: must be a number from 0 to 255, not -1)" } },
+      { "PoePortsTooMany",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 256, "numAtPorts": 8 } } })" ),
+         { R"(objects.json:2:145: /objects/0/args/driverArgs/numPorts: must be a number from 0 to 255, not 256)" } },
+      { "PoePortsTextTooMany",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": "256", "numAtPorts": 8 } } })" ),
+         { R"(objects.json:2:145: /objects/0/args/driverArgs/numPorts: must be a number from 0 to 255, not "256")" } },
+      { "PoePortFractional",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8.5 } } })" ),
+         { R"(objects.json:2:163: /objects/0/args/driverArgs/numAtPorts: must be a number from 0 to 255, not 8.5)" } },
+      { "PoePortNoBlock",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8, "firmwareDownloadSize": 1 } } })" ),
+         { R"(objects.json:2:190: /objects/0/args/driverArgs/firmwareDownloadSize: must be a number from 2 to 255, or 0 for 256, not 1)" } },
+      { "PoePortNoBlockText",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8, "firmwareDownloadSize": "1" } } })" ),
+         { R"(objects.json:2:190: /objects/0/args/driverArgs/firmwareDownloadSize: must be a number from 2 to 255, or 0 for 256, not "1")" } },
+   } ),
+   nameOf );
