@@ -114,7 +114,8 @@ protected:
       Smbus::TransactionResponse response;
       for ( auto& request : transaction.request() ) {
          auto operation = Smbusd::operationOf( request );
-         auto messages = Smbusd::messagesOf( operation );
+         std::vector<I2c::Message> messages;
+         Smbusd::layOut( operation, messages );
          auto [result, duration] =
             board.transfer( Smbusd::decodeAddress( request.address() ).bus, operation.chip, messages );
          response.set_failed( result != I2c::Result::Ok );
