@@ -64,70 +64,106 @@ ql_status SfpXcvr::setTxDisableCallback( ql_xcvr* record, int value ) {
    return enter<SfpXcvr>( "setTxDisableCallback", record, value )->setTxDisable( value );
 }
 
-template < uint32_t kind >
-const ql_xcvr_ops QsfpSignals< kind >::ops_ = {
-   .size = sizeof( ql_xcvr_ops ),
-   .kind = kind,
-   .by_kind = { .qsfp = {
-      .size = sizeof( ql_qsfp_ops ),
-      .get_presence = getPresenceCallback,
-      .get_mod_sel = getModSelCallback,
-      .set_mod_sel = setModSelCallback,
-      .get_lp_mode = getLpModeCallback,
-      .set_lp_mode = setLpModeCallback,
-      .get_reset = getResetCallback,
-      .set_reset = setResetCallback,
-      .get_interrupt = getInterruptCallback,
-   } },
-};
+namespace {
 
-template <uint32_t kind>
-QsfpSignals<kind>::QsfpSignals( uint32_t number ) : id( number ) {
+/** The table of a class that has the signals of a QSFP cage. */
+template <typename Xcvr>
+constexpr ql_xcvr_ops qsfpOps( uint32_t kind ) {
+   return {
+      .size = sizeof( ql_xcvr_ops ),
+      .kind = kind,
+      .by_kind = { .qsfp = {
+         .size = sizeof( ql_qsfp_ops ),
+         .get_presence = Xcvr::getPresenceCallback,
+         .get_mod_sel = Xcvr::getModSelCallback,
+         .set_mod_sel = Xcvr::setModSelCallback,
+         .get_lp_mode = Xcvr::getLpModeCallback,
+         .set_lp_mode = Xcvr::setLpModeCallback,
+         .get_reset = Xcvr::getResetCallback,
+         .set_reset = Xcvr::setResetCallback,
+         .get_interrupt = Xcvr::getInterruptCallback,
+      } },
+   };
+}
+
+} // namespace
+
+constinit const ql_xcvr_ops QsfpXcvr::ops_ = qsfpOps<QsfpXcvr>( QL_XCVR_QSFP );
+
+QsfpXcvr::QsfpXcvr( uint32_t number ) : id( number ) {
    record.ops = &ops_;
    record.owner = this;
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::getPresenceCallback( ql_xcvr* record ) {
-   return enter<QsfpSignals>( "getPresenceCallback", record )->getPresence();
+ql_status QsfpXcvr::getPresenceCallback( ql_xcvr* record ) {
+   return enter<QsfpXcvr>( "getPresenceCallback", record )->getPresence();
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::getModSelCallback( ql_xcvr* record, int* value ) {
-   return enter<QsfpSignals>( "getModSelCallback", record )->getModSel( value );
+ql_status QsfpXcvr::getModSelCallback( ql_xcvr* record, int* value ) {
+   return enter<QsfpXcvr>( "getModSelCallback", record )->getModSel( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::setModSelCallback( ql_xcvr* record, int value ) {
-   return enter<QsfpSignals>( "setModSelCallback", record, value )->setModSel( value );
+ql_status QsfpXcvr::setModSelCallback( ql_xcvr* record, int value ) {
+   return enter<QsfpXcvr>( "setModSelCallback", record, value )->setModSel( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::getLpModeCallback( ql_xcvr* record, int* value ) {
-   return enter<QsfpSignals>( "getLpModeCallback", record )->getLpMode( value );
+ql_status QsfpXcvr::getLpModeCallback( ql_xcvr* record, int* value ) {
+   return enter<QsfpXcvr>( "getLpModeCallback", record )->getLpMode( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::setLpModeCallback( ql_xcvr* record, int value ) {
-   return enter<QsfpSignals>( "setLpModeCallback", record, value )->setLpMode( value );
+ql_status QsfpXcvr::setLpModeCallback( ql_xcvr* record, int value ) {
+   return enter<QsfpXcvr>( "setLpModeCallback", record, value )->setLpMode( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::getResetCallback( ql_xcvr* record, int* value ) {
-   return enter<QsfpSignals>( "getResetCallback", record )->getReset( value );
+ql_status QsfpXcvr::getResetCallback( ql_xcvr* record, int* value ) {
+   return enter<QsfpXcvr>( "getResetCallback", record )->getReset( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::setResetCallback( ql_xcvr* record, int value ) {
-   return enter<QsfpSignals>( "setResetCallback", record, value )->setReset( value );
+ql_status QsfpXcvr::setResetCallback( ql_xcvr* record, int value ) {
+   return enter<QsfpXcvr>( "setResetCallback", record, value )->setReset( value );
 }
 
-template <uint32_t kind>
-ql_status QsfpSignals<kind>::getInterruptCallback( ql_xcvr* record, int* value ) {
-   return enter<QsfpSignals>( "getInterruptCallback", record )->getInterrupt( value );
+ql_status QsfpXcvr::getInterruptCallback( ql_xcvr* record, int* value ) {
+   return enter<QsfpXcvr>( "getInterruptCallback", record )->getInterrupt( value );
 }
 
-template class QsfpSignals<QL_XCVR_QSFP>;
-template class QsfpSignals<QL_XCVR_CMIS>;
+constinit const ql_xcvr_ops CmisXcvr::ops_ = qsfpOps<CmisXcvr>( QL_XCVR_CMIS );
+
+CmisXcvr::CmisXcvr( uint32_t number ) : id( number ) {
+   record.ops = &ops_;
+   record.owner = this;
+}
+
+ql_status CmisXcvr::getPresenceCallback( ql_xcvr* record ) {
+   return enter<CmisXcvr>( "getPresenceCallback", record )->getPresence();
+}
+
+ql_status CmisXcvr::getModSelCallback( ql_xcvr* record, int* value ) {
+   return enter<CmisXcvr>( "getModSelCallback", record )->getModSel( value );
+}
+
+ql_status CmisXcvr::setModSelCallback( ql_xcvr* record, int value ) {
+   return enter<CmisXcvr>( "setModSelCallback", record, value )->setModSel( value );
+}
+
+ql_status CmisXcvr::getLpModeCallback( ql_xcvr* record, int* value ) {
+   return enter<CmisXcvr>( "getLpModeCallback", record )->getLpMode( value );
+}
+
+ql_status CmisXcvr::setLpModeCallback( ql_xcvr* record, int value ) {
+   return enter<CmisXcvr>( "setLpModeCallback", record, value )->setLpMode( value );
+}
+
+ql_status CmisXcvr::getResetCallback( ql_xcvr* record, int* value ) {
+   return enter<CmisXcvr>( "getResetCallback", record )->getReset( value );
+}
+
+ql_status CmisXcvr::setResetCallback( ql_xcvr* record, int value ) {
+   return enter<CmisXcvr>( "setResetCallback", record, value )->setReset( value );
+}
+
+ql_status CmisXcvr::getInterruptCallback( ql_xcvr* record, int* value ) {
+   return enter<CmisXcvr>( "getInterruptCallback", record )->getInterrupt( value );
+}
 
 } // namespace Component::LogicalDevice

@@ -29,12 +29,11 @@ public:
    ql_xcvr record;
 };
 
-/** What QSFP and CMIS cages have in common: all but the kind in their table. */
-template <uint32_t kind>
-class QsfpSignals {
+/** Its signals are those of a CMIS cage too; a host tells the two by the kind in their tables. */
+class QsfpXcvr {
 public:
-   explicit QsfpSignals( uint32_t id );
-   virtual ~QsfpSignals() = default;
+   explicit QsfpXcvr( uint32_t id );
+   virtual ~QsfpXcvr() = default;
    virtual ql_status getPresence() = 0;
    virtual ql_status getModSel( int* value ) = 0;
    virtual ql_status setModSel( int value ) = 0;
@@ -58,18 +57,32 @@ public:
    ql_xcvr record;
 };
 
-class QsfpXcvr : public QsfpSignals<QL_XCVR_QSFP> {
+class CmisXcvr {
 public:
-   using QsfpSignals::QsfpSignals;
-};
+   explicit CmisXcvr( uint32_t id );
+   virtual ~CmisXcvr() = default;
+   virtual ql_status getPresence() = 0;
+   virtual ql_status getModSel( int* value ) = 0;
+   virtual ql_status setModSel( int value ) = 0;
+   virtual ql_status getLpMode( int* value ) = 0;
+   virtual ql_status setLpMode( int value ) = 0;
+   virtual ql_status getReset( int* value ) = 0;
+   virtual ql_status setReset( int value ) = 0;
+   virtual ql_status getInterrupt( int* value ) = 0;
 
-class CmisXcvr : public QsfpSignals<QL_XCVR_CMIS> {
-public:
-   using QsfpSignals::QsfpSignals;
-};
+   static ql_status getPresenceCallback( ql_xcvr* record );
+   static ql_status getModSelCallback( ql_xcvr* record, int* value );
+   static ql_status setModSelCallback( ql_xcvr* record, int value );
+   static ql_status getLpModeCallback( ql_xcvr* record, int* value );
+   static ql_status setLpModeCallback( ql_xcvr* record, int value );
+   static ql_status getResetCallback( ql_xcvr* record, int* value );
+   static ql_status setResetCallback( ql_xcvr* record, int value );
+   static ql_status getInterruptCallback( ql_xcvr* record, int* value );
+   static const ql_xcvr_ops ops_;
 
-extern template class QsfpSignals<QL_XCVR_QSFP>;
-extern template class QsfpSignals<QL_XCVR_CMIS>;
+   uint32_t id;
+   ql_xcvr record;
+};
 
 } // namespace Component::LogicalDevice
 

@@ -166,6 +166,7 @@ TEST( Exports, ClassesAreVisible ) {
          "Component::HardwareDevice", "Component::MultiDevice", "Component::LogicalDevice::TempSensor",
          "Component::LogicalDevice::Fan", "Component::LogicalDevice::Psu", "Component::LogicalDevice::Slot",
          "Component::LogicalDevice::Led", "Component::LogicalDevice::SfpXcvr",
+         "Component::LogicalDevice::QsfpXcvr", "Component::LogicalDevice::CmisXcvr",
          "Component::LogicalDevice::Gpio", "Component::LogicalDevice::RegGpio",
          "Component::LogicalDevice::PoePort", "Drivers::Dummy", "Drivers::PCT2075",
          "Drivers::PCT2075::TempSensor", "Drivers::EMC2305", "Drivers::EMC2305::Fan",
@@ -179,7 +180,8 @@ TEST( Exports, ClassesAreVisible ) {
 
 TEST( Exports, EveryKindsTableIsVisible ) {
    auto names = exported();
-   for ( std::string kind : { "TempSensor", "Fan", "Psu", "Slot", "Led", "SfpXcvr", "Gpio", "PoePort" } ) {
+   for ( std::string kind :
+      { "TempSensor", "Fan", "Psu", "Slot", "Led", "SfpXcvr", "QsfpXcvr", "CmisXcvr", "Gpio", "PoePort" } ) {
       EXPECT_THAT( names, Contains( "Component::LogicalDevice::" + kind + "::ops_" ) );
    }
 }
