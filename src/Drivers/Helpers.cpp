@@ -11,6 +11,7 @@
 #include <rapidjson/writer.h>
 
 #include <cassert>
+#include <cerrno>
 #include <cstdio>
 #include <numeric>
 
@@ -127,9 +128,14 @@ ql_status runCmd( const char* cmd, std::string& output, unsigned long timeoutSec
    }
    try {
       char buffer[128];
-      while ( !feof( stream ) && !ferror( stream ) ) {
+      while ( !feof( stream ) ) {
          if ( fgets( buffer, sizeof( buffer ), stream ) ) {
             output += buffer;
+         } else if ( ferror( stream ) && errno == EINTR ) {
+            // A signal of the host, which is none of the command's affair.
+            clearerr( stream );
+         } else {
+            break;
          }
       }
    } catch ( ... ) {

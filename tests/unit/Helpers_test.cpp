@@ -1,13 +1,18 @@
 #include "Drivers/Helpers.h"
 
+#include "Alarms.h"
 #include "Assertion.h"
 #include "Components/Gpio.h"
 #include "Drivers/Dummy.h"
 #include "FreshLibrary.h"
 #include "ScriptedHam.h"
+#include "TemporaryDirectory.h"
 
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <stdexcept>
 
 #include <sys/resource.h>
 
@@ -53,7 +58,9 @@ constexpr char charPtrNeedsStart[] = "active_ && \"FormatFdl: Must call start() 
 
 TEST_F( HelpersDeathTest, FillATemplateOnlyAfterStart ) {
    FormatFdl fdl( "{serial}" );
-   EXPECT_DEATH( fdl.set( "serial", "S" ), assertionFailed( setNeedsStart ) );
+   Host::echoTraces = true;
+   EXPECT_DEATH( fdl.set( "serial", "S" ),
+      AllOf( assertionFailed( setNeedsStart ), HasSubstr( "5: FormatFdl::set( 'serial', 'S' )" ) ) );
    EXPECT_DEATH( fdl.str(), assertionFailed( strNeedsStart ) );
    EXPECT_DEATH( fdl.charPtr(), assertionFailed( charPtrNeedsStart ) );
 }
@@ -143,8 +150,18 @@ TEST_F( Helpers, MakeARegisterBitOfADeviceAndOfALabel ) {
    EXPECT_EQ( bit->bitpos, 6 );
    load( withCpld );
    std::unique_ptr<Component::LogicalDevice::Gpio> other( Drivers::getRegGpioForDevice( "CpuCpld", 6, 1 ) );
-   EXPECT_EQ( dynamic_cast<Component::LogicalDevice::RegGpio*>( other.get() )->device,
-      Drivers::getHardwareDeviceByLabel( "CpuCpld", "Dummy" ) );
+   bit = dynamic_cast<Component::LogicalDevice::RegGpio*>( other.get() );
+   ASSERT_TRUE( bit );
+   EXPECT_EQ( bit->reg, 6 );
+   EXPECT_EQ( bit->bitpos, 1 );
+   EXPECT_EQ( bit->device, Drivers::getHardwareDeviceByLabel( "CpuCpld", "Other" ) );
+   EXPECT_EQ( Topology::getDeviceByLabel( "CpuCpld" )->args->driver, "Dummy" );
+}
+
+TEST_F( Helpers, ThrowForARegisterOrBitBeyondWhatANumberHolds ) {
+   Drivers::Dummy device;
+   EXPECT_THROW( Drivers::getRegGpioForDevice( &device, 0x80000000, 1 ), std::out_of_range );
+   EXPECT_THROW( Drivers::getRegGpioForDevice( &device, 1, 0x80000000 ), std::out_of_range );
 }
 
 class NoGpioDevice : public Component::HardwareDevice {
@@ -192,6 +209,34 @@ TEST_F( Helpers, TakeLongLinesWhole ) {
    EXPECT_TRUE( output.ends_with( ",199,200\n" ) );
 }
 
+TEST_F( Helpers, TakeACommandsOutputInPiecesOf127Characters ) {
+   // The zero byte cuts off the first piece; the second is what is left of the line.
+   std::string output;
+   EXPECT_EQ( Drivers::runCmd( "printf 'x\\0%0200d\\n' 0", output, 5 ), QL_STATUS_OK );
+   EXPECT_EQ( output, "x" + std::string( 75, '0' ) + "\n" );
+}
+
+TEST_F( Helpers, PutTheTimeLimitInFrontOfTheCommand ) {
+   TemporaryDirectory directory;
+   std::ofstream( directory.path() / "timeout" ) << "#!/bin/sh\necho \"$@\"\n";
+   std::filesystem::permissions( directory.path() / "timeout", std::filesystem::perms::owner_all );
+   std::string before = getenv( "PATH" );
+   setenv( "PATH", ( directory.path().string() + ":" + before ).c_str(), 1 );
+   std::string output;
+   auto status = Drivers::runCmd( "ls -l", output, 5 );
+   setenv( "PATH", before.c_str(), 1 );
+   EXPECT_EQ( status, QL_STATUS_OK );
+   EXPECT_EQ( output, "5s ls -l\n" );
+}
+
+TEST_F( Helpers, HearACommandOutThroughTheHostsSignals ) {
+   Alarms alarms( std::chrono::milliseconds( 20 ) );
+   std::string output;
+   EXPECT_EQ( Drivers::runCmd( "sh -c 'echo one; sleep 0.3; echo two'", output, 5 ), QL_STATUS_OK );
+   EXPECT_EQ( output, "one\ntwo\n" );
+   EXPECT_GT( Alarms::count, 0 );
+}
+
 TEST_F( Helpers, DropWhatStandsBehindAZeroByteOfALine ) {
    std::string output;
    EXPECT_EQ( Drivers::runCmd( "printf 'one\\0two\\nthree'", output, 5 ), QL_STATUS_OK );
@@ -229,6 +274,12 @@ TEST_F( Helpers, AddADriverArgumentToAText ) {
       EXPECT_STREQ( result, expected );
       free( result );
    }
+}
+
+TEST_F( Helpers, TakeNoTextBehindTheDocument ) {
+   char* result = nullptr;
+   EXPECT_FALSE( Drivers::insertDriverArg( R"({"driverArgs":{}} x)", &result, "k", "v" ) );
+   EXPECT_EQ( result, nullptr );
 }
 
 TEST_F( Helpers, ReportATextThatIsNoJsonAndLeaveTheResultAlone ) {

@@ -1,3 +1,4 @@
+#include "Alarms.h"
 #include "QLSocketTest.h"
 
 #include "TemporaryDirectory.h"
@@ -40,38 +41,6 @@ void silent( Connection& connection ) {
    while ( connection.receive() ) {
    }
 }
-
-/** Each of them raises SIGALRM, whose handler lets no system call restart. */
-class Alarms {
-public:
-   explicit Alarms( milliseconds interval ) {
-      count = 0;
-
-      struct sigaction action {};
-
-      action.sa_handler = []( int ) { count = count + 1; };
-      sigaction( SIGALRM, &action, &before_ );
-      auto time = std::chrono::microseconds( interval ).count();
-      itimerval timer { { 0, time }, { 0, time } };
-      setitimer( ITIMER_REAL, &timer, nullptr );
-   }
-
-   ~Alarms() {
-      itimerval off {};
-      setitimer( ITIMER_REAL, &off, nullptr );
-      sigaction( SIGALRM, &before_, nullptr );
-   }
-
-   Alarms( const Alarms& ) = delete;
-   Alarms& operator=( const Alarms& ) = delete;
-
-   static volatile sig_atomic_t count;
-
-private:
-   struct sigaction before_ {};
-};
-
-volatile sig_atomic_t Alarms::count = 0;
 
 /** A server whose queue has room for a single client, which has come already. */
 class FullServer {
