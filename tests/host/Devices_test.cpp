@@ -140,7 +140,7 @@ TEST_F( Devices, ATrayWithoutAFanIdIsNotMade ) {
    load( { 10 } );
    EXPECT_EQ( plugin.slot_add( arguments( 10, "EMC2305" ).c_str() ), nullptr );
    EXPECT_TRUE( Host::hasTraced( 0, "Error: expected 'fanId' in driverArgs" ) );
-   EXPECT_EQ( Host::traces.back().text, "newSlot() failed" );
+   EXPECT_EQ( Host::traces.back(), ( Host::TraceLine { 0, "newSlot() failed" } ) );
 }
 
 TEST_F( Devices, ATrayTellsWhatItsArgumentsSay ) {

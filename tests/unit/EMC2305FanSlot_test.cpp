@@ -99,8 +99,13 @@ TEST_F( FanSlot, NamesItsModelByTheAirflow ) {
 }
 
 TEST_F( FanSlot, PrintsTheProportionWithSixDecimals ) {
-   args.driverArgs["prop"] = "1.25";
-   EXPECT_THAT( presenceOf( *newSlot() ), testing::HasSubstr( "fan.p = 1.250000\n" ) );
+   const std::pair<const char*, const char*> rows[] = { { "1.25", "1.250000" }, { "0.5x", "0.500000" },
+      { " -2", "-2.000000" }, { "0.1", "0.100000" } };
+   for ( auto& [text, printed] : rows ) {
+      args.driverArgs["prop"] = text;
+      EXPECT_THAT(
+         presenceOf( *newSlot() ), testing::HasSubstr( std::string( "fan.p = " ) + printed + "\n" ) );
+   }
 }
 
 TEST_F( FanSlot, LeavesQuotesAsTheyStand ) {
@@ -119,6 +124,14 @@ TEST_F( FanSlotDeathTest, HasTraysOneToFive ) {
       args.driverArgs["fanId"] = id;
       EXPECT_DEATH( newSlot(), assertionFailed( "fanId >= 1 && fanId <= 5" ) ) << id;
    }
+}
+
+TEST_F( FanSlotDeathTest, LooksAtTheFanIdBeforeTheTopSpeed ) {
+   args.driverArgs["fanId"] = "6";
+   args.driverArgs.erase( "maxRpm" );
+   Host::echoTraces = true;
+   EXPECT_DEATH( newSlot(), testing::AllOf( assertionFailed( "fanId >= 1 && fanId <= 5" ),
+                               testing::HasSubstr( "5: Creating new EMC2305 Slot for Fan id 6" ) ) );
 }
 
 TEST_F( FanSlotDeathTest, WantsATopSpeed ) {
@@ -164,7 +177,7 @@ TEST_F( FanSlot, ThrowsWithoutATextThatItPrints ) {
 }
 
 TEST_F( FanSlot, ThrowsForAProportionThatIsNoNumber ) {
-   const std::pair<const char*, bool> rows[] = { { "x", true }, { "1e99", false } };
+   const std::pair<const char*, bool> rows[] = { { "x", true }, { "", true }, { "1e99", false } };
    for ( auto& [text, invalid] : rows ) {
       args.driverArgs["prop"] = text;
       try {

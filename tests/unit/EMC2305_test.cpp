@@ -5,6 +5,7 @@
 #include "HostServices.h"
 #include "ScriptedHam.h"
 
+#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -108,7 +109,8 @@ TEST_F( Emc2305, CountsWithMultiplierOneWhenTheRangeCannotBeRead ) {
    ham.statuses = { QL_STATUS_IO_ERROR };
    std::unique_ptr<EMC2305::Fan> fan( static_cast<EMC2305::Fan*>( device.newFan( args( "4", "1", "0" ) ) ) );
    EXPECT_EQ( fan->tachMultiplier, 1 );
-   EXPECT_TRUE( Host::hasTraced( 0, "Error reading config1 register for fan 3" ) );
+   EXPECT_THAT( Host::traces, ElementsAre( TraceLine { 5, "Creating new EMC2305 Fan id 4" },
+                                 TraceLine { 0, "Error reading config1 register for fan 3" } ) );
 }
 
 TEST_F( Emc2305, NarrowsTheFanIdTo8Bits ) { EXPECT_EQ( newFan( "261" )->id, 4 ); }
@@ -117,6 +119,12 @@ TEST_F( Emc2305DeathTest, HasFansOneToFive ) {
    for ( auto id : { "0", "6", "-1", "256" } ) {
       EXPECT_DEATH( newFan( id ), assertionFailed( "fanId >= 1 && fanId <= 5" ) ) << id;
    }
+   Host::echoTraces = true;
+   auto given = args( "6", "1", "0" );
+   given.driverArgs.erase( "maxRpm" );
+   EXPECT_DEATH( device.newFan( given ), testing::AllOf( assertionFailed( "fanId >= 1 && fanId <= 5" ),
+                                            testing::HasSubstr( "5: Creating new EMC2305 Fan id 6" ) ) )
+      << "the trace comes first, the top speed last";
 }
 
 TEST_F( Emc2305DeathTest, WantsAFanIdAndATopSpeed ) {
@@ -217,6 +225,8 @@ TEST_F( Emc2305, DrivesAFanInProportionWithoutClamping ) {
       // the product wraps at 32 bits: 8421505 * 255 is 2147483775, read as -2147483521
       { 1000000, 8421505, 0x9D },
       { -1, 1, 1 },
+      // INT_MIN * 255 wraps to INT_MIN, and INT_MIN / -1 is beyond 32 bits
+      { -1, std::numeric_limits<int>::min(), 0 },
    };
    for ( auto& row : rows ) {
       auto fan = newFan( "1", std::to_string( row.maxRpm ), "2" );
@@ -235,6 +245,10 @@ TEST_F( Emc2305, WritesTheDriveByteAndTellsOfIt ) {
 TEST_F( Emc2305, IsLaidOutAsDriversKnowIt ) {
    EXPECT_EQ( sizeof( EMC2305 ), sizeof( Component::HardwareDevice ) );
    auto fan = newFan();
+   EXPECT_EQ( sizeof( fan->device ) + sizeof( fan->id ) + sizeof( fan->maxRpm ) + sizeof( fan->settingReg ) +
+                 sizeof( fan->tachMultiplier ),
+      8U + 1 + 4 + 1 + 1 );
+   EXPECT_EQ( sizeof( EMC2305::Fan ), sizeof( Component::LogicalDevice::Fan ) + 24 );
    EXPECT_TRUE( inOrder( fan->device, fan->id, fan->maxRpm, fan->settingReg, fan->config1Reg, fan->tachLowReg,
       fan->tachHighReg, fan->tachMultiplier ) );
 }

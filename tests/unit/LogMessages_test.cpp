@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
+#include <unistd.h>
+
 namespace {
 
 /** A handle as the library makes it while it is loaded, before this program's own objects are made. */
@@ -16,6 +20,7 @@ struct Made {
 
 Made made[8];
 size_t count;
+int destroyed;
 
 class LogMessages : public testing::Test {
 protected:
@@ -33,7 +38,12 @@ Gant::LogHandle::LogHandle(
    made[count++] = { message, interval, ratio, a, b };
 }
 
-Gant::LogHandle::~LogHandle() = default;
+Gant::LogHandle::~LogHandle() {
+   if ( ++destroyed == 2 ) {
+      constexpr char line[] = "both handles are destroyed\n";
+      write( STDERR_FILENO, line, sizeof( line ) - 1 ) < 0 ? abort() : void();
+   }
+}
 
 TEST_F( LogMessages, HaveTheirTwoHandlesWatchdogFirst ) {
    ASSERT_EQ( count, 2U );
@@ -45,6 +55,10 @@ TEST_F( LogMessages, HaveTheirTwoHandlesWatchdogFirst ) {
       EXPECT_EQ( handle.first, 0U );
       EXPECT_EQ( handle.second, 0U );
    }
+}
+
+TEST_F( LogMessages, LoseTheirHandlesWhenTheProcessEnds ) {
+   EXPECT_EXIT( exit( 0 ), testing::ExitedWithCode( 0 ), "both handles are destroyed" );
 }
 
 TEST_F( LogMessages, LieBehindOneAnotherPanicFirst ) {

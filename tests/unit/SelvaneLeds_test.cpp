@@ -56,6 +56,12 @@ TEST_F( PortLed, WritesTheStartUpRegisterAtInitWhateverBecomesOfIt ) {
    ham.statuses = { QL_STATUS_FAILED };
    device.init();
    EXPECT_THAT( ham.log, ElementsAre( "prepare", "write8 0x4c=00 /1", "execute" ) );
+   EXPECT_THAT( Host::traces, IsEmpty() );
+}
+
+TEST_F( PortLed, IsMadeWithoutATrace ) {
+   newLed( args( "sfp" ) );
+   EXPECT_THAT( Host::traces, IsEmpty() );
 }
 
 TEST_F( PortLed, WritesTheCodeOfEachStatusByTheKindOfPort ) {
@@ -93,13 +99,18 @@ TEST_F( PortLed, PassesAFailedWriteOn ) {
    auto led = newLed( args( "sfp" ) );
    ham.statuses = { QL_STATUS_IO_ERROR };
    EXPECT_EQ( led->setLightSetting( QL_LED_GOOD ), QL_STATUS_IO_ERROR );
-   EXPECT_TRUE( Host::hasTraced( 6, "Setting status for SelvanePortLed LED port7 failed." ) );
+   EXPECT_THAT( Host::traces, ElementsAre( TraceLine { 6, "setting CPLD System Led port7 to Good" },
+                                 TraceLine { 6, "Setting status for SelvanePortLed LED port7 failed." } ) );
 }
 
 TEST_F( PortLedDeathTest, EndsTheProcessForANumberThatIsNoStatus ) {
-   auto led = newLed( args( "sfp" ) );
-   EXPECT_DEATH( led->setLightSetting( static_cast<ql_led_status>( 8 ) ),
-      assertionFailed( "( unsigned )status < sizeof ( strs ) / sizeof ( *strs )" ) );
+   for ( auto portType : { "sfp", "other" } ) {
+      auto led = newLed( args( portType ) );
+      for ( uint32_t status : { 8U, 0xFFFFFFFFU } ) {
+         EXPECT_DEATH( led->setLightSetting( static_cast<ql_led_status>( status ) ),
+            assertionFailed( "( unsigned )status < sizeof ( strs ) / sizeof ( *strs )" ) );
+      }
+   }
 }
 
 TEST_F( PortLedDeathTest, NeedsAHam ) {
@@ -112,6 +123,7 @@ TEST_F( PortLedDeathTest, NeedsAHam ) {
 TEST_F( PortLed, IsLaidOutAsDriversKnowIt ) {
    auto led = newLed( args( "sfp" ) );
    auto& port = dynamic_cast<SelvanePortLed::PortLed&>( *led );
+   EXPECT_EQ( sizeof( SelvanePortLed ), sizeof( Component::HardwareDevice ) );
    EXPECT_TRUE( inOrder( port.usesBlinkTimer, port.device, port.name, port.ledReg, port.portType ) );
 }
 
@@ -126,6 +138,14 @@ TEST_F( PortLed, ThrowsForMissingAndMalformedArguments ) {
       auto given = args( "sfp" );
       given.driverArgs.erase( key );
       EXPECT_THROW( device.newLed( given ), std::out_of_range ) << key;
+   }
+   for ( auto number : { "x", "", "99999999999" } ) {
+      try {
+         device.newLed( args( "sfp", number ) );
+         ADD_FAILURE() << number;
+      } catch ( const std::logic_error& error ) {
+         EXPECT_STREQ( error.what(), "stoi" );
+      }
    }
    EXPECT_THROW( device.newLed( args( "sfp", "x" ) ), std::invalid_argument );
    EXPECT_THROW( device.newLed( args( "sfp", "99999999999" ) ), std::out_of_range );
@@ -208,6 +228,8 @@ TEST_F( SystemLed, ThrowsForMissingAndMalformedArguments ) {
    EXPECT_THROW( device.newLed( args ), std::out_of_range );
    EXPECT_THROW( newLed( "x", "1" ), std::invalid_argument );
    EXPECT_THROW( newLed( "64", "x" ), std::invalid_argument );
+   EXPECT_THROW( newLed( "99999999999", "1" ), std::out_of_range );
+   EXPECT_THROW( newLed( "64", "99999999999" ), std::out_of_range );
 }
 
 struct SystemLedRow {
@@ -263,7 +285,8 @@ TEST_F( SystemLed, PassesAFailedWriteOn ) {
    auto led = newLed( "64", "7" );
    ham.statuses = { QL_STATUS_FAILED };
    EXPECT_EQ( led->setLightSetting( QL_LED_OFF ), QL_STATUS_FAILED );
-   EXPECT_TRUE( Host::hasTraced( 6, "Setting status for SelvaneSystemLed 7 failed." ) );
+   EXPECT_EQ( Host::traces.back(), ( TraceLine { 6, "Setting status for SelvaneSystemLed 7 failed." } ) );
+   EXPECT_THAT( Host::tracesOf( 0 ), IsEmpty() );
 }
 
 TEST_F( SystemLedDeathTest, EndsTheProcessForANumberThatIsNoStatus ) {
@@ -283,6 +306,8 @@ TEST_F( SystemLedDeathTest, NeedsAHam ) {
 TEST_F( SystemLed, IsLaidOutAsDriversKnowIt ) {
    auto led = newLed( "66", "1" );
    auto& cloud = dynamic_cast<SelvaneSystemLed::CloudAndFanLed&>( *led );
+   EXPECT_EQ( sizeof( SelvaneSystemLed ), sizeof( Component::HardwareDevice ) );
+   EXPECT_EQ( sizeof( cloud.id ) + sizeof( cloud.reg ), 2U );
    EXPECT_TRUE( inOrder( cloud.usesBlinkTimer, cloud.device, cloud.id, cloud.reg ) );
 }
 

@@ -224,6 +224,41 @@ TEST_F( System, TellsOfTheRebootActionAlsoWhenItsWriteFails ) {
    }
 }
 
+TEST_F( System, LooksForTheCpldAtEachCall ) {
+   ham.registers[0] = 0x2A;
+   EXPECT_EQ( system->ops->get_chip_info( system.get(), &version ), QL_STATUS_OK );
+   load( R"([ { "type": "I2C", "ham": "QuillonSmbus", "id": 5, "devices": [
+      { "did": 21, "label": "CpuCpld", "driver": null, "address": { "address": 48 } } ] } ])" );
+   ScriptedHam otherHam;
+   Drivers::Dummy other;
+   other.ham = &otherHam;
+   otherHam.registers[0] = 0x2B;
+   Component::DeviceBase::devices[21] = &other;
+   EXPECT_EQ( system->ops->get_chip_info( system.get(), &version ), QL_STATUS_OK );
+   EXPECT_STREQ( version, "0x00.2b" );
+}
+
+TEST_F( System, DoesNotLookAtTheRecord ) {
+   ham.registers = { { 0, 0x2A }, { 0x60, 0x20 } };
+   EXPECT_EQ( ql_system_get_chip_info( nullptr, &version ), QL_STATUS_OK );
+   EXPECT_EQ( ql_system_get_reload_cause( nullptr, &reason, nullptr, nullptr ), QL_STATUS_OK );
+   EXPECT_EQ( ql_system_poe_reboot_action( nullptr, true ), QL_STATUS_OK );
+}
+
+TEST_F( System, WritesTheRebootActionBeforeItTellsOfIt ) {
+   class TracingHam : public ScriptedHam {
+      ql_status execute() override {
+         ql_trace( 9, "execute" );
+         return ScriptedHam::execute();
+      }
+   } tracing;
+
+   cpld.ham = &tracing;
+   system->ops->poe_reboot_action( system.get(), true );
+   std::vector<TraceLine> tail( Host::traces.end() - 2, Host::traces.end() );
+   EXPECT_THAT( tail, ElementsAre( TraceLine { 9, "execute" }, TraceLine { 0, reboots[0].text } ) );
+}
+
 TEST_F( System, MakesTheCpldADummyWhenTheTopologyGivesItNoDriver ) {
    ham.registers[0x60] = 0x20;
    getReloadCause();
@@ -233,8 +268,12 @@ TEST_F( System, MakesTheCpldADummyWhenTheTopologyGivesItNoDriver ) {
 TEST_F( SystemDeathTest, NeedsTheLabel ) {
    load( "[]" );
    Host::echoTraces = true;
-   EXPECT_DEATH( getReloadCause(),
-      testing::AllOf( assertionFailed( "device" ), HasSubstr( "0: Unable to locate device CpuCpld" ) ) );
+   auto missing =
+      testing::AllOf( assertionFailed( "device" ), HasSubstr( "0: Unable to locate device CpuCpld" ) );
+   EXPECT_DEATH( getReloadCause(), missing );
+   EXPECT_DEATH( system->ops->get_chip_info( system.get(), &version ),
+      testing::AllOf( missing, HasSubstr( "0: ql_system_get_chip_info" ) ) );
+   EXPECT_DEATH( system->ops->poe_reboot_action( system.get(), true ), missing );
 }
 
 TEST_F( SystemDeathTest, NeedsAHamForTheCpld ) {

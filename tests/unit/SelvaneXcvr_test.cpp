@@ -315,7 +315,7 @@ TEST_F( Xcvr, WritesOneBitAgainstItsCache ) {
 }
 
 TEST_F( Xcvr, TracesEachWrite ) {
-   auto cage = newCage();
+   auto cage = newCage( usualArgs(), 257 );
    cage->setTxDisable( 1 );
    EXPECT_THAT( Host::traces,
       ElementsAre( TraceLine { 0, "setTxDisable(): id=1" },
@@ -363,6 +363,90 @@ TEST_F( Xcvr, TakesBitNumbersBeyondTheRegister ) {
    EXPECT_EQ( ham.registers[31], 0x55 );
 }
 
+TEST_F( Xcvr, ReadsEachSignalWithItsOwnPolarity ) {
+   // Each signal alone is active low, then each alone active high.
+   for ( int odd = 0; odd < 4; ++odd ) {
+      for ( bool oddIsHigh : { false, true } ) {
+         const char* polarity[4];
+         for ( int i = 0; i < 4; ++i ) {
+            polarity[i] = ( i == odd ) == oddIsHigh ? "true" : "false";
+         }
+         auto cage = newCage( args( { "16", "0", polarity[0] }, { "16", "1", polarity[1] },
+            { "16", "2", polarity[2] }, { "16", "3", polarity[3] } ) );
+         poll( 16, 0x0F );
+         int los = 9, fault = 9, disable = 9;
+         EXPECT_EQ( cage->getRxLos( &los ), QL_STATUS_OK );
+         EXPECT_EQ( cage->getTxFault( &fault ), QL_STATUS_OK );
+         EXPECT_EQ( cage->getTxDisable( &disable ), QL_STATUS_OK );
+         auto high = [&]( int i ) { return ( i == odd ) == oddIsHigh; };
+         EXPECT_EQ( cage->getPresence(), high( 0 ) ? QL_STATUS_OK : QL_STATUS_NOT_PRESENT );
+         EXPECT_EQ( los, high( 1 ) ) << odd;
+         EXPECT_EQ( fault, high( 2 ) ) << odd;
+         EXPECT_EQ( disable, high( 3 ) ) << odd;
+      }
+   }
+}
+
+TEST_F( Xcvr, PollsARegisterThatOnlyAWriteHasNamed ) {
+   EXPECT_EQ( device.setRegisterBit( 78, 2, 1, true ), QL_STATUS_OK );
+   EXPECT_EQ( ham.registers[78], 0x04 );
+   ham.log.clear();
+   device.pollCallback();
+   EXPECT_THAT( ham.log, ElementsAre( "prepare", "read8 0x4e /1", "execute" ) );
+}
+
+TEST_F( Xcvr, LooksAtNothingWhileItsCacheIsStale ) {
+   failPoll();
+   Host::traces.clear();
+   int value = 9;
+   EXPECT_EQ( device.getRegisterBit( 77, 0, &value, true ), QL_STATUS_IO_ERROR );
+   EXPECT_TRUE( device.registerCache.empty() );
+   EXPECT_THAT( Host::traces, IsEmpty() );
+}
+
+TEST_F( Xcvr, KeepsTheRegistersOfACageThatCouldNotBeMade ) {
+   newCage();
+   poll( 16, 0x06 );
+   auto given = usualArgs();
+   given.driverArgs.erase( "txDisableReg" );
+   EXPECT_THROW( device.newSfpXcvr( 2, given ), std::out_of_range );
+   EXPECT_EQ( device.registerCache.at( 16 ), 0x00 ) << "until the next poll";
+   device.pollCallback();
+   EXPECT_EQ( device.registerCache.at( 16 ), 0x06 );
+}
+
+/** A Ham whose first response has another number than 0. */
+class LateHam : public ScriptedHam {
+public:
+   ResponseId addRead8( Register reg, uint8_t regSize ) override {
+      return ScriptedHam::addRead8( reg, regSize ) + 5;
+   }
+
+   uint8_t get8( ResponseId id ) override { return ScriptedHam::get8( id - 5 ); }
+};
+
+TEST_F( Xcvr, TakesItsResponsesFromTheLastNumberBackwards ) {
+   LateHam late;
+   late.registers = { { 16, 0x11 }, { 31, 0x22 } };
+   newCage();
+   device.ham = &late;
+   device.pollCallback();
+   EXPECT_EQ( device.registerCache, ( std::map<uint8_t, uint8_t> { { 16, 0x11 }, { 31, 0x22 } } ) );
+   device.ham = &ham;
+}
+
+TEST_F( Xcvr, AnswersFromItsLastPollWhenTheHostsTimerFails ) {
+   device.init();
+   auto cage = newCage();
+   ham.registers[16] = 0x02;
+   Host::timerSetResult = 1;
+   Host::timers.at( 0 )->fire();
+   EXPECT_FALSE( Host::timers.at( 0 )->armed );
+   int value = 0;
+   EXPECT_EQ( cage->getRxLos( &value ), QL_STATUS_OK );
+   EXPECT_EQ( value, 1 );
+}
+
 TEST_F( Xcvr, PollsARegisterThatOnlyAReadHasNamed ) {
    int value = 9;
    EXPECT_EQ( device.getRegisterBit( 77, 0, &value, true ), QL_STATUS_OK );
@@ -382,9 +466,14 @@ TEST_F( Xcvr, ThrowsForAMissingKey ) {
 }
 
 TEST_F( Xcvr, ThrowsForARegisterThatIsNoNumber ) {
-   auto given = usualArgs();
-   given.driverArgs["rxLosReg"] = "sixteen";
-   EXPECT_THROW( device.newSfpXcvr( 1, given ), std::invalid_argument );
+   for ( auto key : { "presenceReg", "presenceBit", "rxLosReg", "rxLosBit", "txFaultReg", "txFaultBit",
+            "txDisableReg", "txDisableBit" } ) {
+      auto given = usualArgs();
+      given.driverArgs[key] = "sixteen";
+      EXPECT_THROW( device.newSfpXcvr( 1, given ), std::invalid_argument ) << key;
+      given.driverArgs[key] = "99999999999";
+      EXPECT_THROW( device.newSfpXcvr( 1, given ), std::out_of_range ) << key;
+   }
 }
 
 TEST_F( Xcvr, OffersOnlySfpCages ) {
