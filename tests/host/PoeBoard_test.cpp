@@ -6,8 +6,8 @@
 
 #include "emulator/BoardFile.h"
 #include "emulator/Control.h"
-#include "smbusd/Address.h"
-#include "smbusd/Operation.h"
+#include "smbusd/EmulatedBackend.h"
+#include "smbusd/Transaction.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -110,25 +110,22 @@ protected:
       return ok;
    }
 
-   Smbus::TransactionResponse answer( const Smbus::TransactionRequest& transaction ) {
-      Smbus::TransactionResponse response;
-      for ( auto& request : transaction.request() ) {
-         auto operation = Smbusd::operationOf( request );
-         std::vector<I2c::Message> messages;
-         Smbusd::layOut( operation, messages );
-         auto [result, duration] =
-            board.transfer( Smbusd::decodeAddress( request.address() ).bus, operation.chip, messages );
-         response.set_failed( result != I2c::Result::Ok );
-         response.set_reason( I2c::describe( result ) );
-         Smbusd::takeResult( operation, messages );
-         response.add_response()->set_data( operation.result.data(), operation.result.size() );
+   Smbus::TransactionResponse answer( const Smbus::TransactionRequest& request ) {
+      auto message = request.SerializeAsString();
+      Smbusd::Transaction transaction;
+      EXPECT_TRUE(
+         transaction.parse( { reinterpret_cast<const uint8_t*>( message.data() ), message.size() } ) );
+      if ( transaction.plan( backend ) ) {
+         transaction.run( loop, [] {} );
       }
-      return response;
+      return transaction.response();
    }
 
    VirtualTime time;
    FirmwareDirectory files;
    Emulator::Board board = Emulator::loadBoard( SELVANE "/emulator.json" );
+   Smbusd::EventLoop loop;
+   Smbusd::EmulatedBackend backend { loop, board };
    SocketServer server { SocketServer::answering( [this]( auto& request ) { return answer( request ); } ) };
    Plugin plugin;
 };
