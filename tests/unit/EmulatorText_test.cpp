@@ -101,7 +101,7 @@ TEST( EmulatorText, EscapesWhatAnAnswerCannotHold ) {
    EXPECT_EQ( printable( "" ), "\"\"" );
    EXPECT_EQ( printable( "a b\n\x1b[0m" ), "a\\x20b\\x0a\\x1b[0m" );
    EXPECT_EQ( printable( std::string_view( "\0\x7f\xff", 3 ) ), "\\x00\\x7f\\xff" );
-   EXPECT_EQ( printable( std::string( 41, 'x' ) ), std::string( 40, 'x' ) + "..." );
+   EXPECT_EQ( printable( std::string( 41, 'x' ) ), std::string( 40, 'x' ).append( "..." ) );
 }
 
 TEST( EmulatorText, SuggestsTheNearestWordWhenItIsNear ) {
