@@ -10,15 +10,22 @@
 
 #include "emulator/BoardFile.h"
 
+#include <google/protobuf/stubs/logging.h>
 #include <systemd/sd-daemon.h>
 
 #include <csignal>
 #include <exception>
 #include <filesystem>
+#include <string>
 
 namespace Smbusd {
 
 namespace {
+
+/** What protobuf has to say of clients' messages, such as text that is no UTF-8, is for developers. */
+void logProtobuf( google::protobuf::LogLevel, const char*, int, const std::string& text ) {
+   Log::debug( "protobuf: {}", text );
+}
 
 void runLoop( EventLoop& loop, const Options& options ) {
    Log::info( "serving {}", options.socket );
@@ -57,6 +64,7 @@ int serve( const Options& options ) {
    Log::threshold = options.logLevel;
    // Whoever reads the log may go away; the server stays.
    std::signal( SIGPIPE, SIG_IGN );
+   google::protobuf::SetLogHandler( logProtobuf );
    try {
       EventLoop loop;
       StopSignals signals( loop );

@@ -1,5 +1,6 @@
 #include "Server.h"
 
+#include <csignal>
 #include <random>
 
 namespace {
@@ -44,6 +45,18 @@ TEST( SmbusServer, DropsWhoSpeaksAnotherProtocol ) {
    client.send( "GET / HTTP/1.1\r\n\r\n" );
    EXPECT_TRUE( client.isDropped() );
    expectService( server );
+}
+
+TEST( SmbusServer, TakesTextThatIsNoneWithoutAWord ) {
+   Server server;
+   auto bytes = frame( reading( 3, 0x48, 0, 2 ) );
+   // Field 3, the client's name, of one byte.
+   bytes[3] = static_cast<char>( bytes[3] + 3 );
+   auto client = server.client();
+   client.send( bytes + "\x1a\x01\xff" );
+   EXPECT_EQ( client.answer().response( 0 ).data(), "\x18\x80" );
+   EXPECT_EQ( server.stop( SIGTERM ).err,
+      "quillon-smbusd: serving " + server.socket + "\nquillon-smbusd: SIGTERM, ending\n" );
 }
 
 TEST( SmbusServer, SurvivesWhateverIsSent ) {
