@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <iterator>
 #include <thread>
 
 #include <fcntl.h>
@@ -95,6 +97,11 @@ std::optional<std::string> Process::readLine() {
 }
 
 void Process::send( int signal ) const { kill( pid_, signal ); }
+
+size_t Process::descriptors() const {
+   std::filesystem::directory_iterator entries( "/proc/" + std::to_string( pid_ ) + "/fd" );
+   return static_cast<size_t>( std::distance( begin( entries ), end( entries ) ) );
+}
 
 Result Process::wait() {
    auto deadline = Clock::now() + patience;

@@ -38,6 +38,9 @@ public:
 
    void send( int signal ) const;
 
+   /** How many descriptors it has open. */
+   size_t descriptors() const;
+
    /** Waits for its end, 30 seconds at most, which is a failure of the test. */
    Result wait();
 
