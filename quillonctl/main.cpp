@@ -1,4 +1,5 @@
 #include "Board.h"
+#include "CompleteCommand.h"
 #include "EmuCommand.h"
 #include "Errors.h"
 #include "HostServices.h"
@@ -100,6 +101,10 @@ public:
       emu_->prefix_command()->fallthrough( false );
       emu_->footer(
          "Without a line the board tells which it takes. Options of quillonctl stand before emu." );
+
+      complete_ = app_.add_subcommand( "complete", "Tells what a word of a command line may become" );
+      complete_->prefix_command()->fallthrough( false );
+      complete_->group( "" ); // for the completion of shells, not for people
    }
 
    int run( int argc, char** argv ) {
@@ -115,6 +120,9 @@ public:
       }
       if ( emu_->parsed() ) {
          return emuCommand( control_, emu_->remaining(), options_.json );
+      }
+      if ( complete_->parsed() ) {
+         return completeCommand( options_, commandWords(), flags(), complete_->remaining() );
       }
       prepare();
       for ( auto& [kind, command] : objectCommands_ ) {
@@ -148,6 +156,25 @@ private:
       objectCommands_[&kind] = command;
    }
 
+   /** The commands that help shows. */
+   std::vector<std::string> commandWords() {
+      std::vector<std::string> words;
+      for ( auto command : app_.get_subcommands( {} ) ) {
+         if ( !command->get_group().empty() ) {
+            words.push_back( command->get_name() );
+         }
+      }
+      return words;
+   }
+
+   std::vector<std::string> flags() {
+      std::vector<std::string> words;
+      for ( auto option : app_.get_options() ) {
+         words.push_back( "--" + option->get_lnames().front() );
+      }
+      return words;
+   }
+
    /** Help and version are what was asked for, everything else is a mistake. */
    int answer( const CLI::ParseError& error ) {
       if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::Success ) ) {
@@ -175,6 +202,7 @@ private:
    StatusOptions status_;
    std::string control_ = "/run/quillon/control.sock";
    CLI::App* emu_ = nullptr;
+   CLI::App* complete_ = nullptr;
    std::map<const Kind*, CLI::App*> objectCommands_;
    /** What stands behind the word of a command for one object. */
    std::vector<std::string> words_;
