@@ -1,4 +1,4 @@
-// The small devices of the board through everything: quillonctl, the library, the server and emulated chips.
+// The commands for one object on the switch's own board: what they are told reaches the emulated chips.
 
 #include "EmulatedBoard.h"
 
@@ -13,9 +13,9 @@ using ::testing::HasSubstr;
 
 namespace {
 
-class StackDevices : public EmulatedBoardTest {
+class BoardCommands : public EmulatedBoardTest {
 protected:
-   StackDevices() { environment["QUILLON_BOARD"] = BOARDS "/selvane"; }
+   BoardCommands() { environment["QUILLON_BOARD"] = BOARDS "/selvane"; }
 
    /** What the emulated board says of a property. */
    std::string bench( const std::string& property ) const { return emu( { "get", property } ).out; }
@@ -42,51 +42,7 @@ std::string joined( const Process::Arguments& words ) { return fmt::format( "{}"
 
 } // namespace
 
-TEST_F( StackDevices, ShowTheirValues ) {
-   auto result = run( { "status", "switch", "fan?", "tray?", "sfp?", "poe.reset", "led.f*" } );
-
-   EXPECT_EQ( result.out, "System\n"
-                          "NAME    VERSION  STATUS\n"
-                          "switch  0x01.2a  ok\n"
-                          "\n"
-                          "Fans\n"
-                          "NAME     SPEED    MAXIMUM  STATUS\n"
-                          "fan1  8000 rpm  20000 rpm  ok\n"
-                          "fan2  8000 rpm  20000 rpm  ok\n"
-                          "fan3  8000 rpm  20000 rpm  ok\n"
-                          "\n"
-                          "Slots\n"
-                          "NAME   PRESENT  MODEL      SERIAL    STATUS\n"
-                          "tray1  yes      SLV-FAN-F  SLVF0001  ok\n"
-                          "tray2  yes      SLV-FAN-F  SLVF0002  ok\n"
-                          "tray3  yes      SLV-FAN-F  SLVF0003  ok\n"
-                          "\n"
-                          "Transceivers\n"
-                          "NAME  PRESENT  TX FAULT  RX LOS  TX DISABLE  STATUS\n"
-                          "sfp1  yes      no        no      no          ok\n"
-                          "sfp2  yes      no        yes     no          ok\n"
-                          "sfp3  no       no        yes     no          absent\n"
-                          "sfp4  no       no        yes     no          absent\n"
-                          "\n"
-                          "LEDs\n"
-                          "NAME     SETTABLE  STATUS\n"
-                          "led.fan  yes       ok\n"
-                          "\n"
-                          "GPIOs\n"
-                          "NAME       VALUE  STATUS\n"
-                          "poe.reset  1      ok\n" );
-   EXPECT_EQ( result.err, "" );
-   EXPECT_EQ( result.exitStatus, 0 );
-}
-
-TEST_F( StackDevices, AllShowWithoutAFailure ) {
-   auto result = run( { "status" } );
-
-   EXPECT_EQ( result.err, "" );
-   EXPECT_EQ( result.exitStatus, 0 );
-}
-
-TEST_F( StackDevices, FanComesToTheSpeedItWasAskedFor ) {
+TEST_F( BoardCommands, FanComesToTheSpeedItWasAskedFor ) {
    EXPECT_EQ( run( { "fan", "fan1", "rpm", "9000" } ).out, "fan1 was asked for 9000 rpm\n" );
 
    // 9000 of 20000 rpm are 114.75 of 255 drive steps, of which 114 make 8941 rpm.
@@ -98,7 +54,7 @@ TEST_F( StackDevices, FanComesToTheSpeedItWasAskedFor ) {
    EXPECT_EQ( run( { "fan", "fan2", "rpm" } ).out, "8000 rpm\n" );
 }
 
-TEST_F( StackDevices, FanThatIsHeldIsReported ) {
+TEST_F( BoardCommands, FanThatIsHeldIsReported ) {
    emu( { "set", "fans.fan2.stalled", "1" } );
 
    auto result = run( { "status", "fan2" } );
@@ -110,7 +66,7 @@ TEST_F( StackDevices, FanThatIsHeldIsReported ) {
    EXPECT_EQ( result.exitStatus, 0 );
 }
 
-TEST_F( StackDevices, ModuleThatIsPulledIsGoneAfterThePoll ) {
+TEST_F( BoardCommands, ModuleThatIsPulledIsGoneAfterThePoll ) {
    auto watch = start( { "--json", "status", "sfp1", "--interval", "0.1" } );
    await( watch, []( auto& module ) { return module["present"].GetBool(); } );
 
@@ -124,14 +80,14 @@ TEST_F( StackDevices, ModuleThatIsPulledIsGoneAfterThePoll ) {
    EXPECT_EQ( watch.wait().err, "" );
 }
 
-TEST_F( StackDevices, ModuleIsReadAsItIsByASingleCommand ) {
+TEST_F( BoardCommands, ModuleIsReadAsItIsByASingleCommand ) {
    emu( { "set", "cpld.sfp2.present", "0" } );
 
    EXPECT_EQ( run( { "xcvr", "sfp2" } ).out, "NAME  PRESENT  TX FAULT  RX LOS  TX DISABLE  STATUS\n"
                                              "sfp2  no       no        yes     no          absent\n" );
 }
 
-TEST_F( StackDevices, ModuleFailsWhilePollsFail ) {
+TEST_F( BoardCommands, ModuleFailsWhilePollsFail ) {
    auto watch = start( { "--json", "status", "sfp1", "--interval", "0.1" } );
    await( watch, []( auto& module ) { return module["state"] == "ok"; } );
    emu( { "fault", "cpld", "nack" } );
@@ -149,7 +105,7 @@ TEST_F( StackDevices, ModuleFailsWhilePollsFail ) {
    watch.wait();
 }
 
-TEST_F( StackDevices, TransmitDisableIsOfOneModule ) {
+TEST_F( BoardCommands, TransmitDisableIsOfOneModule ) {
    EXPECT_EQ( run( { "xcvr", "sfp2", "tx-disable", "on" } ).out, "transmit disable of sfp2 is on\n" );
    EXPECT_EQ( run( { "xcvr", "sfp1", "tx-disable", "on" } ).out, "transmit disable of sfp1 is on\n" );
    EXPECT_EQ( bench( "cpld.sfp1.tx_disable" ), "1\n" );
@@ -161,7 +117,7 @@ TEST_F( StackDevices, TransmitDisableIsOfOneModule ) {
    EXPECT_EQ( bench( "cpld.sfp3.tx_disable" ), "0\n" );
 }
 
-TEST_F( StackDevices, TransmitDisableIsNotWrittenAfterAFailedPoll ) {
+TEST_F( BoardCommands, TransmitDisableIsNotWrittenAfterAFailedPoll ) {
    run( { "xcvr", "sfp2", "tx-disable", "on" } );
    // The server tries three times; a write that came after would go through.
    emu( { "fault", "cpld", "nack", "3" } );
@@ -182,7 +138,7 @@ struct LedRow {
    std::vector<const char*> codes;
 };
 
-TEST_F( StackDevices, LedSettingsLandInTheirRegisters ) {
+TEST_F( BoardCommands, LedSettingsLandInTheirRegisters ) {
    const std::vector<std::string> settings = { "off", "good", "warning", "bad", "inactive", "unknown",
       "beacon", "release" };
    const LedRow rows[] = {
@@ -216,7 +172,7 @@ TEST_F( StackDevices, LedSettingsLandInTheirRegisters ) {
    }
 }
 
-TEST_F( StackDevices, BitsAreReadSetAndCleared ) {
+TEST_F( BoardCommands, BitsAreReadSetAndCleared ) {
    EXPECT_EQ( run( { "gpio", "poe.reset", "get" } ).out, "1\n" );
 
    EXPECT_EQ( run( { "gpio", "poe.reset", "clear" } ).out, "poe.reset was cleared\n" );
@@ -231,7 +187,7 @@ TEST_F( StackDevices, BitsAreReadSetAndCleared ) {
    EXPECT_EQ( run( { "gpio", "tray1.absent", "get" } ).out, "0\n" );
 }
 
-TEST_F( StackDevices, SlotTellsItsIdentification ) {
+TEST_F( BoardCommands, SlotTellsItsIdentification ) {
    auto result = run( { "slot", "tray2" } );
 
    EXPECT_EQ( result.out,
@@ -257,7 +213,7 @@ TEST_F( StackDevices, SlotTellsItsIdentification ) {
    EXPECT_EQ( result.exitStatus, 0 );
 }
 
-TEST_F( StackDevices, SystemTellsWhyTheSwitchRestartedOnce ) {
+TEST_F( BoardCommands, SystemTellsWhyTheSwitchRestartedOnce ) {
    emu( { "set", "cpld.reset_reason", "0x24" } );
 
    EXPECT_EQ( run( { "system", "reload-cause" } ).out, "User-initiated reload interrupted by watchdog\n" );
@@ -276,13 +232,13 @@ TEST_F( StackDevices, SystemTellsWhyTheSwitchRestartedOnce ) {
    EXPECT_EQ( run( { "system", "reload-cause" } ).out, "The system rebooted due to unknown reasons.\n" );
 }
 
-TEST_F( StackDevices, SystemTellsItsVersion ) {
+TEST_F( BoardCommands, SystemTellsItsVersion ) {
    emu( { "set", "cpld.version", "0x0c07" } );
 
    EXPECT_EQ( run( { "system", "version" } ).out, "0x0c.07\n" );
 }
 
-TEST_F( StackDevices, SystemDecidesWhatARebootDoesToPoe ) {
+TEST_F( BoardCommands, SystemDecidesWhatARebootDoesToPoe ) {
    EXPECT_EQ( run( { "system", "poe-reboot", "reset" } ).exitStatus, 0 );
    EXPECT_EQ( bench( "cpld.reboot_action" ), "1\n" );
 
@@ -297,7 +253,7 @@ struct ChipFailure {
    const char* place;
 };
 
-TEST_F( StackDevices, TellWhatIsWrongWithTheirChips ) {
+TEST_F( BoardCommands, TellWhatIsWrongWithTheirChips ) {
    const ChipFailure rows[] = {
       { { "fan", "fan1", "rpm" }, "fan1: cannot read the speed: ", "i2c-3 0x2c reg 0x3e" },
       { { "fan", "fan2", "rpm", "9000" }, "fan2: cannot set the speed: ", "i2c-3 0x2c reg 0x40" },
@@ -326,21 +282,6 @@ TEST_F( StackDevices, TellWhatIsWrongWithTheirChips ) {
    }
 }
 
-TEST_F( StackDevices, ShowTheOthersWhenOneChipFails ) {
-   emu( { "fault", "fans", "nack" } );
-
-   auto result = run( { "status", "fan1", "sfp1" } );
-
-   EXPECT_EQ( result.out, "Fans\n"
-                          "NAME  SPEED    MAXIMUM  STATUS\n"
-                          "fan1      -  20000 rpm  FAILED\n"
-                          "\n"
-                          "Transceivers\n"
-                          "NAME  PRESENT  TX FAULT  RX LOS  TX DISABLE  STATUS\n"
-                          "sfp1  yes      no        no      no          ok\n" );
-   EXPECT_EQ( result.exitStatus, 1 );
-}
-
 struct SimulatedRow {
    Process::Arguments words;
    const char* out;
@@ -350,7 +291,7 @@ struct SimulatedRow {
    const char* content = "";
 };
 
-TEST_F( StackDevices, WorkInSimulationToo ) {
+TEST_F( BoardCommands, WorkInSimulationToo ) {
    const SimulatedRow rows[] = {
       { { "fan", "fan1", "rpm" }, "18635 rpm\n", "" },
       // The library declares no drive register for simulation.
@@ -392,5 +333,4 @@ TEST_F( StackDevices, WorkInSimulationToo ) {
       }
    }
    EXPECT_THAT( run( { "--sim", "slot", "tray3" } ).out, HasSubstr( "fanTray.serialNum = 'SLVF0003'\n" ) );
-   EXPECT_EQ( run( { "--sim", "status" } ).exitStatus, 0 );
 }
