@@ -26,6 +26,17 @@ std::string textOf( double number, const Field& field ) {
    return field.unit.empty() ? text : fmt::format( "{} {}", text, field.unit );
 }
 
+/** Documents and the library's words may hold anything, and the text is for a terminal. */
+std::string printable( std::string text, std::string_view kept = "" ) {
+   std::replace_if(
+      text.begin(), text.end(),
+      [=]( char c ) {
+         return ( static_cast<unsigned char>( c ) < ' ' || c == 0x7F ) && kept.find( c ) == kept.npos;
+      },
+      '?' );
+   return text;
+}
+
 std::string textOf( const Value& value, const Field& field ) {
    if ( auto number = std::get_if<double>( &value ) ) {
       return textOf( *number, field );
@@ -34,7 +45,7 @@ std::string textOf( const Value& value, const Field& field ) {
       return *flag ? "yes" : "no";
    }
    auto text = std::get_if<std::string>( &value );
-   return text ? *text : "-";
+   return text ? printable( *text, field.heading.empty() ? "\n" : "" ) : "-";
 }
 
 std::string statusOf( const Reading& reading ) {

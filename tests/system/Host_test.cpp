@@ -512,6 +512,19 @@ TEST_F( Host, WritesEveryKindAsJson ) {
    }
 }
 
+TEST_F( Host, ShowsNoControlCharactersOfAText ) {
+   auto slot = scriptedObject( "slot", "tray1", "" );
+   slot.replace( slot.find( R"("modelName": "")" ), 15, R"("modelName": "\u001b[31m\n")" );
+
+   auto result = run( { "--sim", "--board", boardWith( slot ), "slot", "tray1" } );
+
+   EXPECT_THAT( result.out, StartsWith( "NAME   PRESENT  MODEL     SERIAL  STATUS\n"
+                                        "tray1  yes      ?[31m?-B          ok\n"
+                                        "\nFruFactoryIds: QLDevice\n" ) );
+   EXPECT_THAT( result.out, HasSubstr( "\nfanTray.modelName = '?[31m\n-B'\n" ) );
+   EXPECT_EQ( result.exitStatus, 0 );
+}
+
 TEST_F( Host, MakesTheCpldForASystemThroughAnObjectThatIsNotShown ) {
    auto board = boardWith( scriptedObject( "system", "switch", "" ) + "," + scripted( "inlet", 1, "is 20" ) +
                            "," + scriptedObject( "gpio", "bit", "" ) );
