@@ -169,9 +169,8 @@ std::optional<std::span<const Want>> wantsOf( const JsonFile& file, const std::s
       }
    }
    if ( !drivers.empty() ) {
-      findings.push_back(
-         file.at( under( pointer, "driver" ), fmt::format( "the driver {} makes no {}; there is {}", driver,
-                                                 kind, fmt::join( drivers, ", " ) ) ) );
+      findings.push_back( file.at( under( pointer, "driver" ),
+         fmt::format( "the driver {} makes no {}; use {}", driver, kind, fmt::join( drivers, " or " ) ) ) );
    }
    return {};
 }

@@ -96,9 +96,12 @@ std::string suggestion( const std::string& wrong, const std::vector<std::string>
    }
    if ( near.empty() ) {
       constexpr size_t listable = 20;
-      return words.empty()             ? "there are none"
-             : words.size() > listable ? "status without a name shows all"
-                                       : fmt::format( "there are {}", fmt::join( words, ", " ) );
+      if ( words.empty() ) {
+         return "there are none";
+      }
+      return words.size() > listable
+                ? "status without a name shows all"
+                : fmt::format( "there {} {}", words.size() == 1 ? "is" : "are", fmt::join( words, ", " ) );
    }
    std::vector<std::string> nearest;
    for ( auto it = near.begin(); it != near.end() && nearest.size() < 3; ++it ) {

@@ -282,6 +282,7 @@ TEST_F( Commands, AnswerWrongWordsWithTheNearest ) {
       { { "fan", "inlet", "rpm" }, "the board bench has no fan inlet; there are fan1, fan2" },
       { { "fan", "fan1" }, "fan fan1 is no whole command; use fan NAME rpm, or fan NAME rpm RPM" },
       { { "fan", "fan1", "rmp" }, "fan fan1 knows no rmp; did you mean rpm?" },
+      { { "fan", "fan1", "9000" }, "fan fan1 knows no 9000; there is rpm" },
       { { "fan", "fan1", "rpm", "9000", "1" },
          "fan fan1 rpm 9000 1 is no whole command; use fan NAME rpm, or fan NAME rpm RPM" },
       { { "fan", "fan1", "rpm", "20001" },

@@ -222,23 +222,23 @@ std::string cage( const std::string& type, const std::string& more ) {
 INSTANTIATE_TEST_SUITE_P( Drivers, WrongDocument,
    ::testing::ValuesIn( std::vector<Row> {
       { "FanOfASensor", driven( "fan", "PCT2075", R"({ "fanId": 1, "maxRpm": 1, "registerOffset": 0 })" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver PCT2075 makes no fan; there is EMC2305" } },
+         { "objects.json:3:1: /objects/0/args/driver: the driver PCT2075 makes no fan; use EMC2305" } },
       { "SensorOfAFanController", driven( "temp_sensor", "EMC2305", "{}" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver EMC2305 makes no temp_sensor; there is "
+         { "objects.json:3:1: /objects/0/args/driver: the driver EMC2305 makes no temp_sensor; use "
            "PCT2075" } },
       { "SlotOfACage",
          driven( "slot", "SelvaneXcvr",
             R"({ "fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "" })" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver SelvaneXcvr makes no slot; there is "
+         { "objects.json:3:1: /objects/0/args/driver: the driver SelvaneXcvr makes no slot; use "
            "EMC2305" } },
       { "CageOfAnLed", driven( "xcvr", "SelvanePortLed", R"({ "id": 1, "type": "sfp" })" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver SelvanePortLed makes no xcvr; there is "
+         { "objects.json:3:1: /objects/0/args/driver: the driver SelvanePortLed makes no xcvr; use "
            "SelvaneXcvr" } },
       { "LedOfNothing", driven( "led", "Dummy", "{}" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no led; there is "
-           "SelvanePortLed, SelvaneSystemLed" } },
+         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no led; use "
+           "SelvanePortLed or SelvaneSystemLed" } },
       { "PortOfNothing", driven( "poe_port", "Dummy", "{}" ),
-         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no poe_port; there is "
+         { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no poe_port; use "
            "BCM59121" } },
       { "TwoDriversOfOneDevice",
          object(
