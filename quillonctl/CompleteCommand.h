@@ -9,7 +9,7 @@
 /**
  * Writes what a word of a command line may become, a line each. The library is not loaded.
  * @param commands the words that may come first
- * @param flags the options that may stand anywhere
+ * @param flags the options that may stand there
  * @param words the place of the word among those behind it, from 0; then the words, without options before it
  * @return exit status
  * @throw InputError

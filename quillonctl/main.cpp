@@ -122,7 +122,9 @@ public:
          return emuCommand( control_, emu_->remaining(), options_.json );
       }
       if ( complete_->parsed() ) {
-         return completeCommand( options_, commandWords(), flags(), complete_->remaining() );
+         auto words = complete_->remaining();
+         auto command = words.size() > 2 ? words[1] : "";
+         return completeCommand( options_, commandWords(), flagsOf( command ), words );
       }
       prepare();
       for ( auto& [kind, command] : objectCommands_ ) {
@@ -167,10 +169,19 @@ private:
       return words;
    }
 
-   std::vector<std::string> flags() {
+   /** The options that may stand beside a command. */
+   std::vector<std::string> flagsOf( const std::string& command ) {
+      auto options = app_.get_options();
+      for ( auto named : app_.get_subcommands( [&]( auto app ) { return app->get_name() == command; } ) ) {
+         auto more = named->get_options( []( auto option ) { return !option->get_positional(); } );
+         options.insert( options.end(), more.begin(), more.end() );
+      }
       std::vector<std::string> words;
-      for ( auto option : app_.get_options() ) {
-         words.push_back( "--" + option->get_lnames().front() );
+      for ( auto option : options ) {
+         auto word = "--" + option->get_lnames().front();
+         if ( std::find( words.begin(), words.end(), word ) == words.end() ) {
+            words.push_back( word );
+         }
       }
       return words;
    }

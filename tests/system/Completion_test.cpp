@@ -65,6 +65,9 @@ TEST_F( Completion, OffersWhatMayFollow ) {
       { "--trace ", "0 1 2 3 4 5 6" },
       { "--js", "--json" },
       { "fan --so", "--socket" },
+      { "status --in", "--interval" },
+      { "fan --in", "" },
+      { "status --h", "--help" },
       { "emu ", "" },
       { "nonsense ", "" },
       // Behind a colon, bash replaces only what stands there.
