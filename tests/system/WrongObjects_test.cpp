@@ -237,7 +237,7 @@ INSTANTIATE_TEST_SUITE_P( Drivers, WrongDocument,
       { "LedOfNothing", driven( "led", "Dummy", "{}" ),
          { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no led; use "
            "SelvanePortLed or SelvaneSystemLed" } },
-      { "PortOfNothing", driven( "poe_port", "Dummy", "{}" ),
+      { "PortOfNothing", driven( "poe_port", "Dummy", R"({ "portId": 1, "numPorts": 8, "numAtPorts": 8 })" ),
          { "objects.json:3:1: /objects/0/args/driver: the driver Dummy makes no poe_port; use "
            "BCM59121" } },
       { "TwoDriversOfOneDevice",
