@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <vector>
 
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -21,7 +20,7 @@ bool sendAll( int fd, const std::vector<char>& bytes ) {
 } // namespace
 
 PingPong::PingPong( size_t requestBytes, size_t replyBytes )
-   : requestBytes_( requestBytes ), replyBytes_( replyBytes ) {
+   : request_( requestBytes ), reply_( replyBytes ) {
    int ends[2];
    if ( socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends ) != 0 ) {
       abort();
@@ -29,9 +28,7 @@ PingPong::PingPong( size_t requestBytes, size_t replyBytes )
    answerer_ = fork();
    if ( answerer_ == 0 ) {
       close( ends[0] );
-      std::vector<char> request( requestBytes_ );
-      std::vector<char> reply( replyBytes_ );
-      while ( receiveAll( ends[1], request ) && sendAll( ends[1], reply ) ) {
+      while ( receiveAll( ends[1], request_ ) && sendAll( ends[1], reply_ ) ) {
       }
       _exit( 0 );
    }
@@ -44,8 +41,4 @@ PingPong::~PingPong() {
    waitpid( answerer_, nullptr, 0 );
 }
 
-bool PingPong::ask() {
-   std::vector<char> request( requestBytes_ );
-   std::vector<char> reply( replyBytes_ );
-   return sendAll( fd_, request ) && receiveAll( fd_, reply );
-}
+bool PingPong::ask() { return sendAll( fd_, request_ ) && receiveAll( fd_, reply_ ); }

@@ -2,12 +2,13 @@
 #define BENCH_PING_PONG_H
 
 #include <cstddef>
+#include <vector>
 
 #include <sys/types.h>
 
 /**
  * The least that a question and an answer over a Unix socket can cost: a process that answers so many bytes
- * with so many others, and does nothing else.
+ * with so many others, and does nothing else. Both sides block in the call that they wait with.
  */
 class PingPong {
 public:
@@ -20,8 +21,8 @@ public:
    bool ask();
 
 private:
-   size_t requestBytes_;
-   size_t replyBytes_;
+   std::vector<char> request_;
+   std::vector<char> reply_;
    int fd_ = -1;
    pid_t answerer_ = -1;
 };
