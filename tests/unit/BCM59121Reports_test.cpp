@@ -528,8 +528,8 @@ TEST( Bcm59121Formatters, AChannelsTextsAreThoseOfItsTables ) {
    } tables[] = {
       { "detection", Drivers::getChannelDetectionStr,
          { { 0, "unknown" }, { 1, "short circuit" }, { 2, "high capacitance" }, { 3, "low resistance" },
-            { 4, "valid" }, { 5, "high resistance" }, { 6, "open circuit" }, { 7, "n/a" }, { 15, "n/a" },
-            { 0x14, "valid" }, { 0xF0, "unknown" }, { 0xFF, "n/a" } } },
+            { 4, "valid" }, { 5, "high resistance" }, { 6, "open circuit" }, { 7, "n/a" }, { 8, "n/a" },
+            { 12, "n/a" }, { 15, "n/a" }, { 0x14, "valid" }, { 0xF0, "unknown" }, { 0xFF, "n/a" } } },
       { "class", Drivers::getPdClassStr,
          { { 0, "0" }, { 1, "1" }, { 2, "2" }, { 3, "3" }, { 4, "4" }, { 5, "5" }, { 6, "6" }, { 7, "7" },
             { 8, "8" }, { 9, "n/a" }, { 13, "n/a" }, { 14, "mismatch" }, { 15, "over current" },

@@ -141,11 +141,13 @@ TEST_F( Bcm59121Startup, OnlyFourPairPortsGetAPowerMode ) {
 }
 
 TEST_F( Bcm59121Startup, APortsMaskIsClearedAndSentInAnyCase ) {
-   driver->portMpssMask[4] = driver->portMpssMask[5] = driver->portMpssMask[6] = 0xFF;
-   driver->portInit( port( 5 ) );
-   EXPECT_EQ( driver->portMpssMask[4], 0xFF );
-   EXPECT_EQ( driver->portMpssMask[5], 0 );
-   EXPECT_EQ( driver->portMpssMask[6], 0xFF );
+   for ( size_t id : { 0, 5, 11 } ) {
+      std::fill_n( driver->portMpssMask.get(), 12, uint8_t( 0xFF ) );
+      driver->portInit( port( static_cast<int>( id ) ) );
+      for ( size_t other = 0; other < 12; ++other ) {
+         EXPECT_EQ( driver->portMpssMask[other], other == id ? 0 : 0xFF ) << id << " " << other;
+      }
+   }
    chip.takeLog();
    driver->portInit( port( 5 ) );
    EXPECT_THAT( chip.takeSent(), ElementsAre( port12, port08, port1E ) );
