@@ -4,14 +4,13 @@
 #include "Ham/Ham.h"
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 namespace Drivers {
 
@@ -48,9 +47,18 @@ Revision revisionOf( const std::string& sysStatus ) {
    return { static_cast<int8_t>( byteAt( sysStatus, 7 ) ), static_cast<int8_t>( byteAt( sysStatus, 10 ) ) };
 }
 
+std::array<unsigned, 2> shown( const Revision& revision ) {
+   return { static_cast<unsigned>( revision.first ), static_cast<unsigned>( revision.second ) };
+}
+
 void print( const Revision& revision, char* text ) {
-   snprintf( text, revisionTextSize, "0x%02x.%02x", static_cast<unsigned>( revision.first ),
-      static_cast<unsigned>( revision.second ) );
+   auto [first, second] = shown( revision );
+   snprintf( text, revisionTextSize, "0x%02x.%02x", first, second );
+}
+
+void trace( const char* what, const Revision& revision ) {
+   auto [first, second] = shown( revision );
+   ql_trace( 0, "%s firmware revision 0x%02x.%02x", what, first, second );
 }
 
 std::string readFirmware( const std::string& path ) {
@@ -100,7 +108,7 @@ ql_status BCM59121::reprogramFirmware( PoePort* port, bool skip, char** revision
    };
    auto result = query();
    auto current = revisionOf( cache.sysStatus );
-   ql_trace( 0, "Current firmware revision 0x%02x.%02x", current.first, current.second );
+   trace( "Current", current );
    print( current, *revision );
    if ( skip ) {
       ql_trace( 0, "Skipping PoE firmware reprogram." );
@@ -120,12 +128,12 @@ ql_status BCM59121::reprogramFirmware( PoePort* port, bool skip, char** revision
    auto blocks = blocksOf( file, firmwareDownloadSize );
    ql_trace( 0, "Clearing current image" );
    result = std::max( result, config( { PoeCommand::image, clearImage }, 3 ) );
-   sleep( clearSeconds );
+   waitSeconds( clearSeconds );
    ql_trace( 0, "Writing firmware" );
    for ( auto& block : blocks ) {
       ham->write( PoeCommand::image, block.data(), block.size(), false, 1 );
    }
-   sleep( writtenSeconds );
+   waitSeconds( writtenSeconds );
    ql_trace( 0, "Loading firmware" );
    result = std::max( result, config( { PoeCommand::image, loadImage }, loadUnits, false ) );
    auto before = cache.sysStatus;
@@ -140,7 +148,7 @@ ql_status BCM59121::reprogramFirmware( PoePort* port, bool skip, char** revision
       ql_trace( 0, "Failed to reprogram firmware" );
       return std::max( result, QL_STATUS_DEVICE_ERROR );
    }
-   ql_trace( 0, "New firmware revision 0x%02x.%02x", loaded.first, loaded.second );
+   trace( "New", loaded );
    globalConfigDone = false;
    return result;
 }

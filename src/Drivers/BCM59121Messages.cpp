@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <cassert>
+#include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <numeric>
 
 #include <unistd.h>
@@ -23,7 +26,7 @@ constexpr uint8_t regSize = 1;
 constexpr uint8_t replyReg = 0xFF;
 
 /** Time that the chip takes to answer. */
-constexpr useconds_t waitUnit = 4000;
+constexpr unsigned waitUnit = 4000;
 /** A reply younger than this, in seconds, is used again. */
 constexpr double reuse = 2.0;
 
@@ -63,7 +66,30 @@ double seconds( const timespec& time ) {
    return static_cast<double>( time.tv_sec ) + static_cast<double>( time.tv_nsec ) / 1e9;
 }
 
+std::chrono::microseconds monotonicTime() {
+   timespec now;
+   clock_gettime( CLOCK_MONOTONIC, &now );
+   return std::chrono::seconds( now.tv_sec ) +
+          std::chrono::ceil<std::chrono::microseconds>( std::chrono::nanoseconds( now.tv_nsec ) );
+}
+
 } // namespace
+
+void waitMicroseconds( unsigned time ) {
+   auto end = monotonicTime() + std::chrono::microseconds( time );
+   while ( usleep( time ) != 0 && errno == EINTR && monotonicTime() < end ) {
+      time = static_cast<unsigned>( ( end - monotonicTime() ).count() );
+   }
+}
+
+void waitSeconds( unsigned time ) {
+   auto end = monotonicTime() + std::chrono::seconds( time );
+   sleep( time );
+   auto now = monotonicTime();
+   if ( now < end ) {
+      waitMicroseconds( static_cast<unsigned>( ( end - now ).count() ) );
+   }
+}
 
 uint8_t calcCheckSum( const uint8_t* msg ) {
    return static_cast<uint8_t>( std::accumulate( msg, msg + checksumOffset, 0U ) & 0xFF );
@@ -99,7 +125,7 @@ ql_status BCM59121::queryCustom( uint8_t cmd, uint8_t b1, uint8_t b2, uint8_t b3
       ql_trace( 0, "Error: Failed to write to PoE chip. Command: %x.", cmd );
       return status;
    }
-   usleep( waitUnit );
+   waitMicroseconds( waitUnit );
    return receiveReply( cmd, reply );
 }
 
@@ -111,7 +137,7 @@ ql_status BCM59121::queryPort( uint8_t port, uint8_t cmd, std::string& reply, ti
 ql_status BCM59121::queryDebug( uint8_t portOrChip, uint8_t cmd, std::string& reply ) {
    constexpr auto none = unusedByte;
    send( ham, { cmd, none, portOrChip, none, none, none, none, none, none, none, none } );
-   usleep( waitUnit );
+   waitMicroseconds( waitUnit );
    auto status = receive( ham, reply );
    if ( status != QL_STATUS_OK ) {
       reply.clear();
@@ -127,7 +153,7 @@ ql_status BCM59121::configCustom( uint8_t cmd, uint8_t b1, uint8_t b2, uint8_t b
       ql_trace( 0, "Error: Failed to write to PoE chip. Command: %x", cmd );
       return status;
    }
-   usleep( waitUnits * waitUnit );
+   waitMicroseconds( waitUnits * waitUnit );
    if ( !readReply ) {
       return QL_STATUS_OK;
    }

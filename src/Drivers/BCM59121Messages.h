@@ -47,6 +47,11 @@ constexpr uint8_t getChannelCrc = 0x4C;
 constexpr uint8_t getCrcConfig = 0x4F;
 } // namespace PoeCommand
 
+/** Blocks for the whole time, in microseconds, also when the host takes signals meanwhile. */
+void waitMicroseconds( unsigned time );
+/** The same in seconds. */
+void waitSeconds( unsigned time );
+
 /** Sum of the first 11 bytes of a message. */
 uint8_t calcCheckSum( const uint8_t* msg );
 /** Stores the sum behind them. */

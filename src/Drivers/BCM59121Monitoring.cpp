@@ -109,10 +109,12 @@ ql_status BCM59121::getPowerState( PoePort* port, ql_poe_port_state* state, ql_p
       return status;
    }
    auto& pairs = cache.perPairStatus;
-   *state = portState( cache.portStatus, isFourPair( port->id ) && isDualSigPd( cache.portStatus, pairs ) );
+   auto whole =
+      portState( cache.portStatus, isFourPair( port->id ) && isDualSigPd( cache.portStatus, pairs ) );
+   *state = whole;
    *pairState = pairStateOf( byteAt( cache.portStatus, 9 ) );
-   *primary = channelState( *state, byteAt( pairs, 3 ), byteAt( pairs, 5 ) );
-   *alternative = channelState( *state, byteAt( pairs, 7 ), byteAt( pairs, 9 ) );
+   *primary = channelState( whole, byteAt( pairs, 3 ), byteAt( pairs, 5 ) );
+   *alternative = channelState( whole, byteAt( pairs, 7 ), byteAt( pairs, 9 ) );
    storeCache( port->id, cache );
    return QL_STATUS_OK;
 }

@@ -8,8 +8,6 @@
 #include <cassert>
 #include <cstdlib>
 
-#include <unistd.h>
-
 namespace Drivers {
 
 namespace {
@@ -27,8 +25,8 @@ constexpr uint8_t announcePorts = 2;
 constexpr uint8_t endOfRows = 3;
 constexpr uint8_t applyPortMap = 0xF0;
 
-constexpr useconds_t afterReset = 800000;
-constexpr useconds_t afterPortMapStep = 400000;
+constexpr unsigned afterReset = 800000;
+constexpr unsigned afterPortMapStep = 400000;
 
 /** The reset line is the CPLD's. */
 ql_status takeOutOfReset( uint16_t reg, uint8_t value ) {
@@ -41,7 +39,7 @@ ql_status takeOutOfReset( uint16_t reg, uint8_t value ) {
       ql_trace( 0, "Taking PoE chip out of reset failed." );
       return status;
    }
-   usleep( afterReset );
+   waitMicroseconds( afterReset );
    return QL_STATUS_OK;
 }
 
@@ -99,7 +97,7 @@ ql_status BCM59121::configPortMap( PoePort* port ) {
 
    ql_trace( 0, "Configuring 4-pair port mapping" );
    step( config( { PoeCommand::portMap, unusedByte, announcePorts, numPorts }, 3 ) );
-   usleep( afterPortMapStep );
+   waitMicroseconds( afterPortMapStep );
    // A 4-pair port takes two neighbouring channels, and the first of them decides the group.
    auto channel = static_cast<unsigned>( numAtPorts );
    for ( unsigned i = 0; i < numPorts; ++i ) {
@@ -113,9 +111,9 @@ ql_status BCM59121::configPortMap( PoePort* port ) {
       channel += fourPair ? 2 : 0;
    }
    step( config( { PoeCommand::portMap, unusedByte, endOfRows }, 3 ) );
-   usleep( afterPortMapStep );
+   waitMicroseconds( afterPortMapStep );
    step( config( { PoeCommand::image, applyPortMap }, 3 ) );
-   usleep( afterPortMapStep );
+   waitMicroseconds( afterPortMapStep );
    return result;
 }
 

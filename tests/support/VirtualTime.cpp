@@ -13,15 +13,19 @@ VirtualTime::~VirtualTime() { current = nullptr; }
 
 namespace {
 
-void wait( std::chrono::microseconds time ) {
+/** @return what is left of the time after a signal */
+std::chrono::nanoseconds wait( std::chrono::microseconds time ) {
    if ( VirtualTime::current ) {
       VirtualTime::current->waits.push_back( time );
       VirtualTime::current->advance( time );
-      return;
+      return {};
    }
    auto seconds = std::chrono::duration_cast<std::chrono::seconds>( time );
    timespec left { seconds.count(), std::chrono::nanoseconds( time - seconds ).count() };
-   nanosleep( &left, nullptr );
+   if ( nanosleep( &left, &left ) == 0 ) {
+      return {};
+   }
+   return std::chrono::seconds( left.tv_sec ) + std::chrono::nanoseconds( left.tv_nsec );
 }
 
 } // namespace
@@ -29,13 +33,12 @@ void wait( std::chrono::microseconds time ) {
 extern "C" {
 
 unsigned sleep( unsigned seconds ) {
-   wait( std::chrono::seconds( seconds ) );
-   return 0;
+   auto left = wait( std::chrono::seconds( seconds ) );
+   return static_cast<unsigned>( std::chrono::ceil<std::chrono::seconds>( left ).count() );
 }
 
 int usleep( useconds_t time ) {
-   wait( std::chrono::microseconds( time ) );
-   return 0;
+   return wait( std::chrono::microseconds( time ) ) == std::chrono::nanoseconds( 0 ) ? 0 : -1;
 }
 
 int clock_gettime( clockid_t clock, timespec* time ) {

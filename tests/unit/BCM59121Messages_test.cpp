@@ -1,5 +1,6 @@
 #include "Drivers/BCM59121Messages.h"
 
+#include "Alarms.h"
 #include "Assertion.h"
 #include "BCM59121Test.h"
 
@@ -175,6 +176,7 @@ TEST_F( Bcm59121Messages, AYoungReplyIsUsedAgain ) {
       std::chrono::nanoseconds age;
       bool asks;
    } rows[] = {
+      { "asked in the future", -5s, false },
       { "asked just now", 0s, false },
       { "1.999 s", 1999ms, false },
       { "1.999999 s", 1999999us, false },
@@ -204,6 +206,14 @@ TEST_F( Bcm59121Messages, AYoungReplyIsUsedAgain ) {
          EXPECT_EQ( lastQuery.tv_nsec, last.tv_nsec );
       }
    }
+}
+
+TEST_F( Bcm59121Messages, InTheFirstTwoSecondsOfTheClockNothingIsAsked ) {
+   time.now = 1999ms;
+   lastQuery = { 0, 0 };
+   EXPECT_EQ( query(), QL_STATUS_OK );
+   EXPECT_THAT( chip.takeLog(), IsEmpty() );
+   EXPECT_EQ( text, "held" );
 }
 
 TEST_F( Bcm59121Messages, AQuerysTimeIsTakenBeforeItsWrite ) {
@@ -379,6 +389,30 @@ TEST_F( Bcm59121Messages, AShortReplyCountsAsFilledUpWithZeros ) {
       chip.replies[exchange.cmd] = { "" };
       EXPECT_EQ( exchange.run( *driver, text ), QL_STATUS_DEVICE_ERROR );
    }
+}
+
+TEST_F( Bcm59121Messages, AnEmptyReplyIsAGoodReceiptOfTheCommandZero ) {
+   chip.replies[0x00] = { "" };
+   EXPECT_EQ( driver->configSystem( 0x00, 1, 1 ), QL_STATUS_OK );
+}
+
+TEST_F( Bcm59121Messages, NoMessageSetsANumberOfRetries ) {
+   for ( auto& exchange : exchanges ) {
+      exchange.run( *driver, text );
+   }
+   EXPECT_FALSE( chip.retryCountIsSet );
+}
+
+TEST( Bcm59121Waits, LastAlsoWhenTheHostTakesSignals ) {
+   using Clock = std::chrono::steady_clock;
+   Alarms alarms( 5ms );
+   auto begin = Clock::now();
+   Drivers::waitMicroseconds( 40000 );
+   EXPECT_GE( Clock::now() - begin, 40ms );
+   begin = Clock::now();
+   Drivers::waitSeconds( 1 );
+   EXPECT_GE( Clock::now() - begin, 1s );
+   EXPECT_GT( Alarms::count, 100 );
 }
 
 TEST_F( Bcm59121MessagesDeathTest, ADeviceWithoutHamEndsTheProcessWhenItIsUsed ) {
