@@ -210,6 +210,8 @@ TEST_F( Bcm59121Control, ALimitIsThreePercentMoreInStepsOfAFifthWattRoundedUp ) 
       { 10.0F, "34" },
       { 15.0F, "4E" },
       { 15.4F, "50" },
+      // 103 in single precision; in double precision it is a little more, and 104
+      { 20.0F, "67" },
       { 29.8F, "9A" },
       { 29.9F, "9A" },
       { 30.0F, "9B" },

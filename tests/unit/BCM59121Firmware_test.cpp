@@ -243,6 +243,14 @@ TEST_F( Bcm59121Firmware, OfTheSameRevisionIsLeftAlone ) {
    EXPECT_TRUE( driver->globalConfigDone );
 }
 
+TEST_F( Bcm59121Firmware, OfTheSameRevisionAbove0x80IsLeftAloneToo ) {
+   chip.replies[0x20] = { revision( 0x9C, 0x85 ) };
+   files.add( "poe.bin", "\x9C\x85" + image( 70 ) );
+   EXPECT_EQ( reprogram(), QL_STATUS_OK );
+   EXPECT_THAT( chip.takeSent(), ElementsAre( query ) );
+   EXPECT_EQ( Host::tracesOf( 0 ).back(), "PoE firmware is up to date." );
+}
+
 TEST_F( Bcm59121Firmware, IsLoadedWhenEitherByteOfItsRevisionDiffers ) {
    for ( auto content : { "\x01\x03", "\x02\x02", "\x02\x01" } ) {
       chip.replies[0x20] = { revision( 1, 2 ), revision( 3, 4 ) };

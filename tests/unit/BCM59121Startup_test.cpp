@@ -121,6 +121,16 @@ TEST_F( Bcm59121Startup, FurtherPortsAreStartedAlone ) {
       ElementsAre( "PoE port init: configuring PoE port 6", "PoE port init: configuring PoE port 9" ) );
 }
 
+TEST_F( Bcm59121Startup, AFourPairPortsMessagesAreEachWaitedForAndRead ) {
+   driver->portInit( port( 5 ) );
+   chip.takeLog();
+   EXPECT_EQ( driver->portInit( port( 9 ) ), QL_STATUS_OK );
+   EXPECT_THAT( chip.takeLog(),
+      ElementsAreArray( together( { exchange( "12 FF 09 00 FF FF FF FF FF FF FF 13" ),
+         exchange( "08 FF 09 00 FF FF FF FF FF FF FF 09" ), exchange( "1C FF 09 05 FF FF FF FF FF FF FF 22" ),
+         exchange( "1E FF 09 00 FF FF FF FF FF FF FF 1F" ) } ) ) );
+}
+
 TEST_F( Bcm59121Startup, OnlyFourPairPortsGetAPowerMode ) {
    const struct {
       const char* numAtPorts;
@@ -365,6 +375,15 @@ TEST_F( Bcm59121Startup, TheChannelsOfAPairNeedNotBeginWithAGroup ) {
             "02 FF 03 FF FF FF FF FF FF FF FF FC", "E0 F0 FF FF FF FF FF FF FF FF FF C7" } },
       { "0", "0",
          { query, "02 FF 02 00 FF FF FF FF FF FF FF FC", "02 FF 03 FF FF FF FF FF FF FF FF FC",
+            "E0 F0 FF FF FF FF FF FF FF FF FF C7" } },
+      // The last two begin the second group.
+      { "10", "10",
+         { query, "02 FF 02 0A FF FF FF FF FF FF FF 06", "0E FF 00 00 00 00 00 01 00 01 FF 0E",
+            "0E FF 01 00 00 01 01 01 00 01 FF 11", "0E FF 02 00 00 02 02 01 00 01 FF 14",
+            "0E FF 03 00 00 03 03 01 00 01 FF 17", "0E FF 04 00 00 04 04 01 00 01 FF 1A",
+            "0E FF 05 00 00 05 05 01 00 01 FF 1D", "0E FF 06 00 00 06 06 01 00 01 FF 20",
+            "0E FF 07 00 00 07 07 01 00 01 FF 23", "0E FF 08 00 01 00 00 01 00 01 FF 17",
+            "0E FF 09 00 01 01 01 01 00 01 FF 1A", "02 FF 03 FF FF FF FF FF FF FF FF FC",
             "E0 F0 FF FF FF FF FF FF FF FF FF C7" } },
       // Channels 7 and 8: the second counts as channel 0, of the first one's group.
       { "8", "7",
