@@ -3,10 +3,7 @@
 
 #include <cstddef>
 
-/**
- * Lets the next malloc of one size fail, wherever it comes from. To be included by the one source file of a
- * program.
- */
+/** Lets the next malloc of one size fail. To be included by the one source file of a program. */
 class FailingMalloc {
 public:
    explicit FailingMalloc( size_t size ) { failing = size; }
