@@ -151,11 +151,11 @@ TEST_F( Bcm59121Startup, OnlyFourPairPortsGetAPowerMode ) {
 }
 
 TEST_F( Bcm59121Startup, APortsMaskIsClearedAndSentInAnyCase ) {
-   for ( size_t id : { 0, 5, 11 } ) {
+   for ( int id : { 0, 5, 11 } ) {
       std::fill_n( driver->portMpssMask.get(), 12, uint8_t( 0xFF ) );
-      driver->portInit( port( static_cast<int>( id ) ) );
-      for ( size_t other = 0; other < 12; ++other ) {
-         EXPECT_EQ( driver->portMpssMask[other], other == id ? 0 : 0xFF ) << id << " " << other;
+      driver->portInit( port( id ) );
+      for ( int other = 0; other < 12; ++other ) {
+         EXPECT_EQ( driver->portMpssMask.get()[other], other == id ? 0 : 0xFF ) << id << " " << other;
       }
    }
    chip.takeLog();
