@@ -14,8 +14,8 @@ namespace {
 constexpr size_t frameHead = 4;
 constexpr int clients = 8;
 /** Many short runs: some of them meet a moment in which nothing else disturbs the machine. */
-constexpr int shortRuns = 20;
-constexpr double shortTime = 0.05;
+constexpr int shortRuns = 40;
+constexpr double shortTime = 0.01;
 
 Ham::QuillonSmbusHam* sensorHam() {
    HamAddress address {};
@@ -106,16 +106,23 @@ void atOnce( benchmark::State& state, int processes, int exchanges ) {
 } // namespace
 
 std::vector<Comparison> registerStackBenchmarks( bool smoke ) {
-   auto add = [smoke]( const char* name, auto function, auto... args ) {
-      auto added = benchmark::RegisterBenchmark( name, function, args... )->UseRealTime();
-      smoke ? added->Repetitions( repetitions ) : added->Repetitions( shortRuns )->MinTime( shortTime );
+   auto add = []( const char* name, auto function, auto... args ) {
+      return benchmark::RegisterBenchmark( name, function, args... )
+         ->UseRealTime()
+         ->Repetitions( repetitions );
+   };
+   auto addShort = [&]( auto... args ) {
+      auto added = add( args... );
+      if ( !smoke ) {
+         added->Repetitions( shortRuns )->MinTime( shortTime );
+      }
    };
    int exchanges = smoke ? 80 : 8000;
    sensor();
-   add( "bare ping-pong", pingPong );
-   add( "read a register", readRegister );
-   add( "batch of 1 read", batch, 1 );
-   add( "batch of 64 reads", batch, 64 );
+   addShort( "bare ping-pong", pingPong );
+   addShort( "read a register", readRegister );
+   addShort( "batch of 1 read", batch, 1 );
+   addShort( "batch of 64 reads", batch, 64 );
    add( "exchanges of 1 client", atOnce, 1, exchanges );
    add( "exchanges of 8 clients at once", atOnce, clients, exchanges );
    return {
