@@ -68,8 +68,10 @@ public:
 
    const Settings& settings() const { return settings_; }
 
-   /** Limits and masks act at once. Detection type and power mode leave a powered port alone. */
-   /** More than the budget may then be given away. */
+   /**
+    * Limits and masks act at once. Detection type and power mode leave a powered port alone. More than the
+    * budget may then be given away.
+    */
    void change( const Settings& settings );
    void powerOn();
    void powerOff();
