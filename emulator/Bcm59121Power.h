@@ -21,11 +21,12 @@ struct Bcm59121Power {
 
    bool isOver() const { return volts > overVoltage; }
 
-   /* The thresholds: code 47 of 0.06445 V above 33 V and above 57 V. */
+   /* The thresholds: steps of 0.06445 V above 33 V and above 57 V. */
 
-   static constexpr uint8_t thresholdCode = 47;
+   static constexpr uint8_t underVoltageCode = 47;
    static constexpr double underVoltage = 36.02915;
-   static constexpr double overVoltage = 60.02915;
+   static constexpr uint8_t overVoltageCode = 31;
+   static constexpr double overVoltage = 58.99795;
 };
 
 } // namespace Emulator

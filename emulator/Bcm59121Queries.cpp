@@ -104,8 +104,8 @@ Outcome powerManagement( State&, const Message&, Message& reply ) {
 }
 
 Outcome systemConfiguration( State&, const Message&, Message& reply ) {
-   reply.put( 2, Bcm59121Power::thresholdCode );
-   reply.put( 7, Bcm59121Power::thresholdCode );
+   reply.put( 2, Bcm59121Power::underVoltageCode );
+   reply.put( 7, Bcm59121Power::overVoltageCode );
    return Outcome::Done;
 }
 

@@ -324,7 +324,7 @@ TEST_F( PoeBoard, AReportHoldsNothingThatIsNotValid ) {
             "User defined power limit: 31.00W ",
             "Power management: static ",
             "UVLO threshold: 36.03V ",
-            "OVLO threshold: 60.03V ",
+            "OVLO threshold: 59.00V ",
             "V48 voltage: 54.01V ",
             "CRC status: ok ",
             "Port MPSS mask: 0x0000 ",

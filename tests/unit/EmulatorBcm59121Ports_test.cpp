@@ -442,7 +442,7 @@ TEST_F( EmulatorBcm59121Ports, MindTheShutOffInputsOfTheirMask ) {
 }
 
 TEST_F( EmulatorBcm59121Ports, AreLockedOutWhileTheSupplyIsTooLowOrTooHigh ) {
-   // The thresholds are 36.03 V and 60.03 V.
+   // The thresholds are 36.03 V and 59.00 V.
    struct Row {
       const char* volts;
       const char* status;
@@ -452,8 +452,8 @@ TEST_F( EmulatorBcm59121Ports, AreLockedOutWhileTheSupplyIsTooLowOrTooHigh ) {
    const Row rows[] = {
       { "36.02", "05 07", "07" },
       { "36.03", "01 00", "00" },
-      { "60.02", "01 00", "00" },
-      { "60.03", "05 00", "08" },
+      { "58.99", "01 00", "00" },
+      { "59", "05 00", "08" },
    };
    chip.power( 1, "class=3" );
    for ( auto& row : rows ) {

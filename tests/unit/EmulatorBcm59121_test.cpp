@@ -15,7 +15,7 @@ struct Row {
 };
 
 // 54 V is 838 steps of 0.06445 V, 0x0346; 40 °C is 120 + 85 / 1.25, 0xbc; 740 W are 0x1ce8 steps of 0.1 W;
-// the thresholds of 36.03 V and 60.03 V are 47 steps above 33 V and 57 V, 0x2f.
+// the thresholds of 36.03 V and 59.00 V are 47 steps above 33 V, 0x2f, and 31 above 57 V, 0x1f.
 const Row atPowerOn[] = {
    { "system status", "20 FF 00 FF FF FF FF FF FF FF FF 17", "20 FF 00 00 00 00 00 01 00 0A 05 2F" },
    { "port status", "21 FF 05 FF FF FF FF FF FF FF FF 1D", "21 FF 05 00 00 00 00 00 00 00 00 25" },
@@ -27,7 +27,7 @@ const Row atPowerOn[] = {
    { "extended configuration of a 4-pair port", "26 FF 08 FF FF FF FF FF FF FF FF 25",
       "26 FF 08 04 01 9B 00 00 00 00 00 CD" },
    { "power management", "27 FF 00 FF FF FF FF FF FF FF FF 1E", "27 FF 01 00 00 00 00 00 00 00 00 27" },
-   { "system configuration", "2B FF 00 FF FF FF FF FF FF FF FF 22", "2B FF 2F 00 00 00 00 2F 00 00 00 88" },
+   { "system configuration", "2B FF 00 FF FF FF FF FF FF FF FF 22", "2B FF 2F 00 00 00 00 1F 00 00 00 78" },
    { "chip status", "2D FF 01 FF FF FF FF FF FF FF FF 25", "2D FF 01 00 03 46 00 00 01 00 00 77" },
    { "chip status with a flag", "2D FF 00 01 FF FF FF FF FF FF FF 26",
       "2D FF 00 00 03 46 00 00 01 00 00 76" },
