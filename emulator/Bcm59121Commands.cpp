@@ -69,13 +69,20 @@ bool reaches( const Bcm59121State& state, const Bcm59121Command& command, const 
    return true;
 }
 
+bool isWellFormed( const Bcm59121Command& command, const Bcm59121Message& request ) {
+   return request.subCommand() == Bcm59121Message::unused &&
+          request.isUnusedFrom( Bcm59121Message::firstArgument + command.arguments );
+}
+
 Bcm59121Answer answer( Bcm59121State& state, const Bcm59121Message& request ) {
    Bcm59121Message reply( request.command(), request.subCommand() );
    Outcome outcome = Outcome::Refused;
    std::chrono::nanoseconds time = firmwareTime;
    if ( request.command() == firmware &&
         ( state.firmware.isRunning() || request.subCommand() != portMapInForce ) ) {
-      outcome = control( state, request.subCommand() );
+      if ( request.isUnusedFrom( Bcm59121Message::firstArgument ) ) {
+         outcome = control( state, request.subCommand() );
+      }
    } else if ( !state.firmware.isRunning() ) {
       return error( errorNoImage );
    } else {
@@ -87,8 +94,9 @@ Bcm59121Answer answer( Bcm59121State& state, const Bcm59121Message& request ) {
       if ( command->addressee != Addressee::Chip ) {
          reply.put( 2, request[2] );
       }
-      outcome =
-         reaches( state, *command, request ) ? command->run( state, request, reply ) : Outcome::Refused;
+      if ( isWellFormed( *command, request ) && reaches( state, *command, request ) ) {
+         outcome = command->run( state, request, reply );
+      }
       time = command->time;
    }
    switch ( outcome ) {

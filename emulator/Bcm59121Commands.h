@@ -23,7 +23,7 @@ struct Bcm59121Answer {
 /**
  * Does what a write asks for. In place of the command, byte 0 of a reply may be an error code: 0xaf while no
  * image runs, 0xae for a message of another length or with a wrong checksum, 0xad for an unknown command,
- * 0xac for a port, group or value that can't be.
+ * 0xac for a port, group or value that can't be and for an unused byte that is not 0xff.
  */
 Bcm59121Answer answerBcm59121( Bcm59121State& state, std::span<const uint8_t> bytes );
 
@@ -35,6 +35,8 @@ struct Bcm59121Command {
 
    uint8_t code;
    Addressee addressee;
+   /** How many bytes of the request are used, from byte 2 on. */
+   size_t arguments;
    std::chrono::milliseconds time;
    Outcome ( *run )( Bcm59121State& state, const Bcm59121Message& request, Bcm59121Message& reply );
 };

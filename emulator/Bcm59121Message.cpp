@@ -23,6 +23,11 @@ std::optional<Bcm59121Message> Bcm59121Message::parse( std::span<const uint8_t> 
    return message;
 }
 
+bool Bcm59121Message::isUnusedFrom( size_t offset ) const {
+   return std::ranges::all_of(
+      std::span( bytes_ ).subspan( offset ), []( uint8_t byte ) { return byte == unused; } );
+}
+
 void Bcm59121Message::putWord( size_t offset, unsigned value ) {
    put( offset, value >> 8 );
    put( offset + 1, value );

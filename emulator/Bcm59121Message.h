@@ -18,6 +18,10 @@ class Bcm59121Message {
 public:
    static constexpr size_t size = 12;
 
+   /** What stands in a byte that a request does not use. */
+   static constexpr uint8_t unused = 0xFF;
+   static constexpr size_t firstArgument = 2;
+
    /** The message that came, or nothing if it has another length or a wrong checksum. */
    static std::optional<Bcm59121Message> parse( std::span<const uint8_t> bytes );
 
@@ -27,6 +31,9 @@ public:
    uint8_t command() const { return bytes_[0]; }
 
    uint8_t subCommand() const { return bytes_[1]; }
+
+   /** Whether this byte and all behind it are unused. */
+   bool isUnusedFrom( size_t offset ) const;
 
    uint8_t operator[]( size_t offset ) const { return bytes_.at( offset ); }
 

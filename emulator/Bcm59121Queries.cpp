@@ -12,7 +12,6 @@ using Outcome = Bcm59121Command::Outcome;
 using State = Bcm59121State;
 using Message = Bcm59121Message;
 
-constexpr auto ofChip = Bcm59121Command::Addressee::Chip;
 constexpr auto ofPort = Bcm59121Command::Addressee::Port;
 constexpr auto ofGroup = Bcm59121Command::Addressee::Group;
 
@@ -32,6 +31,9 @@ constexpr unsigned imageRuns = 1U << 1;
 constexpr unsigned mapInForce = 1U << 3;
 
 constexpr uint8_t staticManagement = 1;
+
+/** Byte 3 of a request for a CRC. */
+constexpr uint8_t withCrc = 1;
 
 /* Of a channel group, and of each of its channels. */
 constexpr unsigned crcOk = 1U << 0;
@@ -110,6 +112,9 @@ Outcome systemConfiguration( State&, const Message&, Message& reply ) {
 }
 
 Outcome chipStatus( State& state, const Message& request, Message& reply ) {
+   if ( request[3] != withCrc && request[3] != Message::unused ) {
+      return Outcome::Refused;
+   }
    reply.putWord( 4, code( state.power.volts, voltStep ) );
    reply.put( 8, failuresOf( state, request ) ? 0 : crcOk );
    return Outcome::Done;
@@ -151,6 +156,9 @@ Outcome perPairStatus( State& state, const Message& request, Message& reply ) {
 }
 
 Outcome channelCrcStatus( State& state, const Message& request, Message& reply ) {
+   if ( request[3] != withCrc ) {
+      return Outcome::Refused;
+   }
    auto failures = failuresOf( state, request );
    for ( unsigned channel = 0; channel < Bcm59121PortMap::channelsPerGroup; ++channel ) {
       reply.put( 3 + channel, failures & ( 1U << channel ) ? crcFailure : 0 );
@@ -167,21 +175,21 @@ Outcome crcConfiguration( State& state, const Message&, Message& reply ) {
 } // namespace
 
 const std::vector<Bcm59121Command> bcm59121Queries = {
-   { 0x20, ofChip, quick, systemStatus },
-   { 0x21, ofPort, quick, portStatus },
-   { 0x22, ofPort, quick, portStatistics },
-   { 0x23, ofChip, quick, systemPower },
-   { 0x25, ofPort, quick, portConfiguration },
-   { 0x26, ofPort, quick, extendedPortConfiguration },
-   { 0x27, ofChip, quick, powerManagement },
-   { 0x2B, ofChip, quick, systemConfiguration },
-   { 0x2D, ofGroup, quick, chipStatus },
-   { 0x2E, ofPort, quick, portMpssMask },
-   { 0x30, ofPort, quick, portMeasurement },
-   { 0x3C, ofPort, quick, perPairPower },
-   { 0x3D, ofPort, quick, perPairStatus },
-   { 0x4C, ofGroup, quick, channelCrcStatus },
-   { 0x4F, ofGroup, quick, crcConfiguration },
+   { 0x20, ofPort, 1, quick, systemStatus },
+   { 0x21, ofPort, 1, quick, portStatus },
+   { 0x22, ofPort, 1, quick, portStatistics },
+   { 0x23, ofPort, 1, quick, systemPower },
+   { 0x25, ofPort, 1, quick, portConfiguration },
+   { 0x26, ofPort, 1, quick, extendedPortConfiguration },
+   { 0x27, ofPort, 1, quick, powerManagement },
+   { 0x2B, ofPort, 1, quick, systemConfiguration },
+   { 0x2D, ofGroup, 2, quick, chipStatus },
+   { 0x2E, ofPort, 1, quick, portMpssMask },
+   { 0x30, ofPort, 1, quick, portMeasurement },
+   { 0x3C, ofPort, 1, quick, perPairPower },
+   { 0x3D, ofPort, 1, quick, perPairStatus },
+   { 0x4C, ofGroup, 2, quick, channelCrcStatus },
+   { 0x4F, ofGroup, 1, quick, crcConfiguration },
 };
 
 } // namespace Emulator

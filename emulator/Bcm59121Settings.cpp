@@ -77,14 +77,15 @@ Outcome startOrEndMap( State& state, const Message& request, Message& ) {
    case mapBegin:
       return doneIf( state.map.begin( request[3] ) );
    case mapEnd:
-      return doneIf( state.map.end() );
+      return doneIf( request[3] == Message::unused && state.map.end() );
    default:
       return Outcome::Refused;
    }
 }
 
 Outcome addMapRow( State& state, const Message& request, Message& ) {
-   if ( request[3] > 1 ) {
+   bool hasConstants = request[7] == 1 && request[8] == 0 && request[9] == 1;
+   if ( request[3] > 1 || !hasConstants ) {
       return Outcome::Refused;
    }
    return doneIf( state.map.add( request[2], { request[3] == 1, request[4], request[5], request[6] } ) );
@@ -93,21 +94,21 @@ Outcome addMapRow( State& state, const Message& request, Message& ) {
 } // namespace
 
 const std::vector<Bcm59121Command> bcm59121Settings = {
-   { 0x00, toPort, quick, setPort<&PortSettings::isEnabled, 1> },
-   { 0x01, toPort, quick, powerOn },
-   { 0x02, toChip, mapping, startOrEndMap },
-   { 0x03, toPort, quick, powerOff },
-   { 0x08, toPort, quick, setPort<&PortSettings::command08, 0xFF> },
-   { 0x0A, toChip, quick, setGlobal0a },
-   { 0x0E, toChip, mapping, addMapRow },
-   { 0x10, toPort, quick, setPort<&PortSettings::detectionType, 5> },
-   { 0x12, toPort, quick, setPort<&PortSettings::command12, 0xFF> },
-   { 0x15, toPort, quick, setPort<&PortSettings::violationType, 2> },
-   { 0x16, toPort, quick, setPort<&PortSettings::limit, 155> },
-   { 0x17, toChip, slow, setGlobal17 },
-   { 0x1C, toPort, quick, setPort<&PortSettings::powerMode, 6> },
-   { 0x1E, toPort, quick, setPort<&PortSettings::mpssMask, 0xFF> },
-   { 0x4E, toChip, quick, setCrc },
+   { 0x00, toPort, 2, quick, setPort<&PortSettings::isEnabled, 1> },
+   { 0x01, toPort, 2, quick, powerOn },
+   { 0x02, toChip, 2, mapping, startOrEndMap },
+   { 0x03, toPort, 2, quick, powerOff },
+   { 0x08, toPort, 2, quick, setPort<&PortSettings::command08, 0xFF> },
+   { 0x0A, toChip, 4, quick, setGlobal0a },
+   { 0x0E, toChip, 8, mapping, addMapRow },
+   { 0x10, toPort, 2, quick, setPort<&PortSettings::detectionType, 5> },
+   { 0x12, toPort, 2, quick, setPort<&PortSettings::command12, 0xFF> },
+   { 0x15, toPort, 2, quick, setPort<&PortSettings::violationType, 2> },
+   { 0x16, toPort, 2, quick, setPort<&PortSettings::limit, 155> },
+   { 0x17, toChip, 1, slow, setGlobal17 },
+   { 0x1C, toPort, 2, quick, setPort<&PortSettings::powerMode, 6> },
+   { 0x1E, toPort, 2, quick, setPort<&PortSettings::mpssMask, 0xFF> },
+   { 0x4E, toChip, 2, quick, setCrc },
 };
 
 } // namespace Emulator

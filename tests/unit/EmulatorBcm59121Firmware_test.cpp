@@ -317,12 +317,18 @@ TEST_F( EmulatorBcm59121PortMap, RefusesStepsThatCannotBe ) {
    EXPECT_FALSE( add( 0, 0, 0, 0, 1 ) ) << "two channels of a 2-pair port";
    EXPECT_FALSE( add( 0, 1, 0, 1, 1 ) ) << "one channel of a 4-pair port";
    EXPECT_FALSE( add( 0, 2, 0, 0, 1 ) ) << "neither 2-pair nor 4-pair";
+   for ( Bytes constants : { Bytes { 0, 0, 1 }, Bytes { 1, 1, 1 }, Bytes { 1, 0, 0 } } ) {
+      Bytes row { 0, 1, 0, 0, 1 };
+      row.insert( row.end(), constants.begin(), constants.end() );
+      EXPECT_FALSE( isDone( chip.tell( 0x0E, row ) ) ) << textOf( constants );
+   }
    EXPECT_TRUE( add( 0, 1, 0, 0, 1 ) );
    EXPECT_FALSE( end() ) << "a row is missing";
    EXPECT_TRUE( add( 1, 0, 0, 1, 1 ) );
    EXPECT_FALSE( end() ) << "a channel twice";
    EXPECT_FALSE( putInForce() );
    EXPECT_TRUE( add( 1, 0, 0, 2, 2 ) );
+   EXPECT_FALSE( isDone( chip.tell( 0x02, { 3, 2 } ) ) ) << "an end with a number of ports";
    EXPECT_TRUE( end() );
    EXPECT_FALSE( add( 1, 0, 0, 3, 3 ) ) << "after the end";
    EXPECT_TRUE( putInForce() );

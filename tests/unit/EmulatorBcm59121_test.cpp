@@ -106,9 +106,23 @@ const Row unknownCommands[] = {
 const Row wrongArguments[] = {
    { "port 12", "21 FF 0C FF FF FF FF FF FF FF FF 24", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "port 255", "30 FF FF FF FF FF FF FF FF FF FF 26", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "system status of port 12", "20 FF 0C FF FF FF FF FF FF FF FF 23",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "system status of port 255", "20 FF FF FF FF FF FF FF FF FF FF 16",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "system power of port 12", "23 FF 0C FF FF FF FF FF FF FF FF 26",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "power management of port 12", "27 FF 0C FF FF FF FF FF FF FF FF 2A",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "system configuration of port 12", "2B FF 0C FF FF FF FF FF FF FF FF 2E",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "a setting of port 12", "00 FF 0C 01 FF FF FF FF FF FF FF 05", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "group 2", "2D FF 02 FF FF FF FF FF FF FF FF 26", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "group 2 of channels", "4C FF 02 01 FF FF FF FF FF FF FF 47", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "chip status with flag 0", "2D FF 00 00 FF FF FF FF FF FF FF 25",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
+   { "channel CRC without its flag", "4C FF 00 FF FF FF FF FF FF FF FF 43",
+      "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "enable 2", "00 FF 00 02 FF FF FF FF FF FF FF FA", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "power on 0", "01 FF 00 00 FF FF FF FF FF FF FF F9", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
    { "power off 0", "03 FF 00 00 FF FF FF FF FF FF FF FB", "AC 00 00 00 00 00 00 00 00 00 00 AC" },
@@ -197,8 +211,61 @@ TEST_F( EmulatorBcm59121, WrapsItsChecksum ) {
    EXPECT_EQ( chip.ask( "FF FF FF FF FF FF FF FF FF FF FF F5" ), "AD 00 00 00 00 00 00 00 00 00 00 AD" );
 }
 
-TEST_F( EmulatorBcm59121, RepeatsTheCommandAndTheByteBehindIt ) {
-   EXPECT_EQ( chip.ask( "21 77 05 FF FF FF FF FF FF FF FF 95" ), "21 77 05 00 00 00 00 00 00 00 00 9D" );
+TEST_F( EmulatorBcm59121, RefusesAMessageWhoseUnusedBytesAreNot0xff ) {
+   struct Used {
+      uint8_t command;
+      Bytes arguments;
+      uint8_t subCommand = 0xFF;
+   };
+
+   const Used rows[] = {
+      { 0x00, { 2, 1 } },
+      { 0x01, { 2, 1 } },
+      { 0x02, { 2, 12 } },
+      { 0x0E, { 0, 0, 0, 0, 0, 1, 0, 1 } },
+      { 0x03, { 2, 1 } },
+      { 0x08, { 2, 0 } },
+      { 0x0A, { 0x6D, 1, 0x2F, 1 } },
+      { 0x10, { 2, 3 } },
+      { 0x12, { 2, 0 } },
+      { 0x15, { 2, 1 } },
+      { 0x16, { 2, 80 } },
+      { 0x17, { 0 } },
+      { 0x1C, { 8, 5 } },
+      { 0x1E, { 2, 0 } },
+      { 0x20, { 0 } },
+      { 0x21, { 0 } },
+      { 0x22, { 0 } },
+      { 0x23, { 0 } },
+      { 0x25, { 0 } },
+      { 0x26, { 0 } },
+      { 0x27, { 0 } },
+      { 0x2B, { 0 } },
+      { 0x2D, { 1, 1 } },
+      { 0x2E, { 0 } },
+      { 0x30, { 0 } },
+      { 0x3C, { 0 } },
+      { 0x3D, { 0 } },
+      { 0x4C, { 1, 1 } },
+      { 0x4E, { 1, 1 } },
+      { 0x4F, { 1 } },
+      { 0xE0, {}, 0xC0 },
+   };
+   for ( auto& row : rows ) {
+      auto command = fmt::format( "command {:#04x}", row.command );
+      for ( size_t i = row.arguments.size(); i < 9; ++i ) {
+         auto arguments = row.arguments;
+         arguments.resize( 9, 0xFF );
+         arguments[i] = 0;
+         EXPECT_EQ( chip.tell( row.command, arguments, row.subCommand )[0], 0xAC ) << command << " " << i + 2;
+      }
+      EXPECT_EQ( chip.tell( row.command, row.arguments, 0 )[0], 0xAC ) << command << " 1";
+      EXPECT_EQ( chip.tell( row.command, row.arguments, row.subCommand )[0], row.command ) << command;
+   }
+}
+
+TEST_F( EmulatorBcm59121, RepeatsThePortOfASystemStatus ) {
+   EXPECT_EQ( chip.ask( "20 FF 05 FF FF FF FF FF FF FF FF 1C" ), "20 FF 05 00 00 00 00 01 00 0A 05 34" );
 }
 
 TEST_F( EmulatorBcm59121, HasNoReplyBeforeTheFirstRequest ) { EXPECT_EQ( chip.reply(), nothing ); }
