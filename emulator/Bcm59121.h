@@ -22,9 +22,9 @@ namespace Emulator {
  *
  * Properties: `reset`, 1 while the reset input is active; `temperature` in °C; `supply` in V; `budget` in W
  * and `allocated`, what is given away of it; `shutoff`, the shut-off inputs that are active, a bit each;
- * `firmware`, the revision or "none", "clearing", "loading"; `r0x0a` and `r0x17`, the last values of these
- * commands; `crc_reset`, 1 while a wrong CRC is corrected by itself; `groupN.crc`, the channels of a group
- * that have a wrong CRC, a bit each.
+ * `firmware`, the revision or "none", "clearing", "loading", "failed"; `r0x0a` and `r0x17`, the last values
+ * of these commands; `crc_reset`, 1 while a wrong CRC is corrected by itself; `groupN.crc`, the channels of a
+ * group that have a wrong CRC, a bit each.
  *
  * Ports count from 1 here, while the bus counts from 0: `portN.device`, what is plugged in; `.class` and
  * `.draw`, its class and what it takes in W; `.state`; `.power` in W; and what the bus has set:

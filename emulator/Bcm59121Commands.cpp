@@ -19,6 +19,8 @@ constexpr uint8_t firmware = 0xE0;
 constexpr uint8_t firmwareClear = 0xC0;
 constexpr uint8_t firmwareLoad = 0x40;
 constexpr uint8_t portMapInForce = 0xF0;
+/** The one query that is answered after a load that has failed. */
+constexpr uint8_t systemStatus = 0x20;
 
 constexpr std::chrono::milliseconds errorTime( 1 );
 constexpr std::chrono::milliseconds firmwareTime( 10 );
@@ -83,7 +85,8 @@ Bcm59121Answer answer( Bcm59121State& state, const Bcm59121Message& request ) {
       if ( request.isUnusedFrom( Bcm59121Message::firstArgument ) ) {
          outcome = control( state, request.subCommand() );
       }
-   } else if ( !state.firmware.isRunning() ) {
+   } else if ( !state.firmware.isRunning() &&
+               !( state.firmware.hasFailed() && request.command() == systemStatus ) ) {
       return error( errorNoImage );
    } else {
       auto setting = find( bcm59121Settings, request.command() );

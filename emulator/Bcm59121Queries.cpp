@@ -50,10 +50,14 @@ unsigned failuresOf( const State& state, const Message& request ) {
 }
 
 Outcome systemStatus( State& state, const Message&, Message& reply ) {
-   auto& image = state.firmware.image();
-   reply.put( 7, image[0] );
-   reply.put( 9, imageRuns | ( state.map.isInForce() ? mapInForce : 0 ) );
-   reply.put( 10, image[1] );
+   unsigned flags = state.map.isInForce() ? mapInForce : 0;
+   if ( state.firmware.isRunning() ) {
+      auto& image = state.firmware.image();
+      reply.put( 7, image[0] );
+      reply.put( 10, image[1] );
+      flags |= imageRuns;
+   }
+   reply.put( 9, flags );
    return Outcome::Done;
 }
 

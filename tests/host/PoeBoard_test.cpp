@@ -386,7 +386,9 @@ TEST_F( PoeBoard, AnEmptyImageDoesNotRun ) {
    ASSERT_EQ( port->ops->port_init( port ), QL_STATUS_OK );
    char* revision = nullptr;
    EXPECT_EQ( port->ops->reprogram_firmware( port, false, &revision ), QL_STATUS_DEVICE_ERROR );
-   EXPECT_EQ( bench( "get poe.firmware" ), "ok none" );
+   EXPECT_EQ( bench( "get poe.firmware" ), "ok failed" );
+   EXPECT_STREQ( revision, "0x00.00" );
+   EXPECT_EQ( Host::tracesOf( 0 ).back(), "Failed to reprogram firmware" );
    free( revision );
 }
 

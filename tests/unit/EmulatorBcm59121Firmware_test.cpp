@@ -16,6 +16,8 @@ constexpr char load[] = "E0 40 FF FF FF FF FF FF FF FF FF 17";
 constexpr char mapInForce[] = "E0 F0 FF FF FF FF FF FF FF FF FF C7";
 
 constexpr char factoryStatus[] = "20 FF 00 00 00 00 00 01 00 0A 05 2F";
+/** Neither revision nor image, and the map of the factory in force. */
+constexpr char failedStatus[] = "20 FF 00 00 00 00 00 00 00 08 00 27";
 constexpr char noImage[] = "AF 00 00 00 00 00 00 00 00 00 00 AF";
 constexpr char refused[] = "AC 00 00 00 00 00 00 00 00 00 00 AC";
 constexpr char nothing[] = "FF FF FF FF FF FF FF FF FF FF FF FF";
@@ -33,7 +35,9 @@ protected:
       chip.advance( 4s );
    }
 
+   /** A host waits a second before the load and 8 s after it. */
    void loadImage() {
+      chip.advance( 1s );
       ASSERT_TRUE( chip.send( load ) );
       chip.advance( 8s );
    }
@@ -67,6 +71,7 @@ TEST_F( EmulatorBcm59121Firmware, TakesSecondsToClearAndToLoad ) {
    chip.advance( 1ms );
    EXPECT_EQ( chip.get( "firmware" ), "none" );
    EXPECT_TRUE( block( { 0x01, 0x02 } ) );
+   chip.advance( 1s );
    ASSERT_TRUE( chip.send( load ) );
    EXPECT_FALSE( block( { 0x01, 0x02 } ) );
    chip.advance( 5999ms );
@@ -101,11 +106,44 @@ TEST_F( EmulatorBcm59121Firmware, AnswersEverythingElseWithTheSameErrorWhileNoIm
 
 TEST_F( EmulatorBcm59121Firmware, DoesNotRunWithoutARevision ) {
    clearImage();
+   loadImage();
+   EXPECT_EQ( chip.ask( status ), failedStatus ) << "without a block";
+   EXPECT_EQ( chip.get( "firmware" ), "failed" );
    ASSERT_TRUE( block( { 0x01 } ) );
    loadImage();
-   EXPECT_EQ( chip.ask( status ), noImage );
+   EXPECT_EQ( chip.ask( status ), failedStatus ) << "with one byte";
    loadImage();
+   EXPECT_EQ( chip.ask( status ), failedStatus ) << "a second time";
+}
+
+TEST_F( EmulatorBcm59121Firmware, OfALoadThatFailsLeavesTheSystemStatusAlone ) {
+   clearImage();
+   loadImage();
+   EXPECT_EQ( chip.ask( "21 FF 05 FF FF FF FF FF FF FF FF 1D" ), noImage );
+   EXPECT_EQ( chip.ask( "00 FF 02 01 FF FF FF FF FF FF FF FB" ), noImage );
+   EXPECT_EQ( chip.ask( clear ), "E0 C0 00 00 00 00 00 00 00 00 00 A0" );
+   EXPECT_EQ( chip.ask( status ), noImage ) << "while it is cleared again";
+}
+
+TEST_F( EmulatorBcm59121Firmware, IsLostWhenAResetFollowsALoadThatFails ) {
+   clearImage();
+   loadImage();
+   chip.reset();
+   chip.advance( 1s );
    EXPECT_EQ( chip.ask( status ), noImage );
+}
+
+TEST_F( EmulatorBcm59121Firmware, IsNotLoadedBeforeItsLastBlockIsStored ) {
+   for ( auto [pause, state] : { std::pair( 749ms, "failed" ), std::pair( 750ms, "0x01.02" ) } ) {
+      clearImage();
+      ASSERT_TRUE( block( { 0x01, 0x02 } ) );
+      chip.advance( 700ms );
+      ASSERT_TRUE( block( { 0x03 } ) );
+      chip.advance( pause );
+      ASSERT_TRUE( chip.send( load ) );
+      chip.advance( 8s );
+      EXPECT_EQ( chip.get( "firmware" ), state ) << pause.count();
+   }
 }
 
 TEST_F( EmulatorBcm59121Firmware, TakesNoBlockWhileAnImageRuns ) {
