@@ -13,6 +13,7 @@ constexpr uint8_t errorNoImage = 0xAF;
 constexpr uint8_t errorMessage = 0xAE;
 constexpr uint8_t errorCommand = 0xAD;
 constexpr uint8_t errorArgument = 0xAC;
+constexpr uint8_t errorStoring = 0xAB;
 
 /** The register of firmware blocks, and the command about firmware and port map. */
 constexpr uint8_t firmware = 0xE0;
@@ -78,6 +79,9 @@ bool isWellFormed( const Bcm59121Command& command, const Bcm59121Message& reques
 
 Bcm59121Answer answer( Bcm59121State& state, const Bcm59121Message& request ) {
    Bcm59121Message reply( request.command(), request.subCommand() );
+   if ( state.map.isStoring() ) {
+      return error( errorStoring );
+   }
    Outcome outcome = Outcome::Refused;
    std::chrono::nanoseconds time = firmwareTime;
    if ( request.command() == firmware &&

@@ -22,9 +22,9 @@ struct Bcm59121Answer {
 
 /**
  * Does what a write asks for. In place of the command, byte 0 of a reply may be an error code: 0xaf while no
- * image runs, but for the system status after a load that has failed, 0xae for a message of another length or
- * with a wrong checksum, 0xad for an unknown command, 0xac for a port, group or value that can't be and for
- * an unused byte that is not 0xff.
+ * image runs, but for the system status after a load that has failed; 0xae for a message of another length or
+ * with a wrong checksum; 0xad for an unknown command; 0xac for a port, group or value that can't be and for
+ * an unused byte that is not 0xff; 0xab while a step of the port map is stored.
  */
 Bcm59121Answer answerBcm59121( Bcm59121State& state, std::span<const uint8_t> bytes );
 

@@ -52,6 +52,15 @@ void Bcm59121Port::stop() {
    enter( Phase::Stopped );
 }
 
+void Bcm59121Port::move( bool isFourPair ) {
+   if ( phase_ == Phase::Stopped ) {
+      return start( isFourPair );
+   }
+   isFourPair_ = isFourPair;
+   isWanted_ = power_->isAutomatic;
+   restart();
+}
+
 void Bcm59121Port::advance( std::chrono::nanoseconds elapsed ) {
    if ( fault_ && fault_->kind == Bcm59121Fault::Kind::Denied && mayPower() ) {
       fault_ = nullptr;

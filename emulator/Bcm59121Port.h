@@ -62,6 +62,8 @@ public:
    void start( bool isFourPair );
    /** It is in reset or runs no image: everything is as at power-on, but for what is plugged in. */
    void stop();
+   /** It has other channels: it loses its power and keeps its settings. */
+   void move( bool isFourPair );
    void advance( std::chrono::nanoseconds elapsed );
 
    /* What the bus does. */

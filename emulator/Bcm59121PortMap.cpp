@@ -7,7 +7,10 @@ namespace Emulator {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr size_t mostGroups = 16;
+constexpr auto storeTime = 300ms;
 
 } // namespace
 
@@ -30,12 +33,12 @@ size_t Bcm59121PortMap::groups() const {
 }
 
 bool Bcm59121PortMap::begin( size_t ports ) {
-   isComplete_ = false;
-   given_.clear();
+   abandon();
    if ( ports < 1 || ports > mostPorts_ ) {
       return false;
    }
    given_.resize( ports );
+   left_ = storeTime;
    return true;
 }
 
@@ -59,6 +62,7 @@ bool Bcm59121PortMap::end() {
       }
    }
    isComplete_ = !given_.empty();
+   left_ = isComplete_ ? storeTime : 0s;
    return isComplete_;
 }
 
@@ -70,10 +74,18 @@ bool Bcm59121PortMap::putInForce() {
    for ( auto& row : given_ ) {
       rows_.push_back( *row );
    }
+   abandon();
+   isInForce_ = true;
+   left_ = storeTime;
+   return true;
+}
+
+void Bcm59121PortMap::advance( std::chrono::nanoseconds elapsed ) { left_ -= std::min( left_, elapsed ); }
+
+void Bcm59121PortMap::abandon() {
    given_.clear();
    isComplete_ = false;
-   isInForce_ = true;
-   return true;
+   left_ = 0s;
 }
 
 } // namespace Emulator

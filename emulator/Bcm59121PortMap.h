@@ -1,6 +1,7 @@
 #ifndef EMULATOR_BCM59121_PORT_MAP_H
 #define EMULATOR_BCM59121_PORT_MAP_H
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -10,7 +11,8 @@ namespace Emulator {
 
 /**
  * Which channels of the BCM59121 make up each port, in non-volatile memory. A new map is announced with its
- * number of ports, given row by row, ended, and put in force; a step out of order is refused.
+ * number of ports, given row by row, ended, and put in force; a step out of order is refused. All steps but a
+ * row take time to be stored, in which the chip refuses all that it is told.
  */
 class Bcm59121PortMap {
 public:
@@ -43,12 +45,20 @@ public:
    bool end();
    bool putInForce();
 
+   bool isStoring() const { return left_ > left_.zero(); }
+
+   void advance( std::chrono::nanoseconds elapsed );
+   /** The steps so far are forgotten. */
+   void abandon();
+
 private:
    size_t mostPorts_;
    std::vector<Row> rows_;
    bool isInForce_;
    std::vector<std::optional<Row>> given_;
    bool isComplete_ = false;
+   /** Until the step is stored. */
+   std::chrono::nanoseconds left_ {};
 };
 
 } // namespace Emulator

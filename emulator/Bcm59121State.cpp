@@ -27,6 +27,7 @@ void Bcm59121State::stop() {
    resetsOnCrcFailure = false;
    command0a = {};
    command17 = 0;
+   map.abandon();
    for ( auto& port : ports ) {
       port.stop();
    }
@@ -40,6 +41,7 @@ void Bcm59121State::advance( std::chrono::nanoseconds elapsed ) {
    for ( auto& port : ports ) {
       port.advance( elapsed );
    }
+   map.advance( elapsed );
    correctCrc( elapsed );
 }
 
@@ -57,9 +59,14 @@ void Bcm59121State::loseFirmware() {
 }
 
 void Bcm59121State::applyMap() {
-   stop();
-   crcFailures.assign( std::max( crcFailures.size(), map.groups() ), 0 );
-   start();
+   crcFailures.resize( std::max( crcFailures.size(), map.groups() ) );
+   for ( size_t i = 0; i < ports.size(); ++i ) {
+      if ( i < map.rows().size() ) {
+         ports[i].move( map.rows()[i].isFourPair );
+      } else {
+         ports[i].stop();
+      }
+   }
 }
 
 void Bcm59121State::followSupply() {

@@ -29,7 +29,7 @@ struct Bcm59121State {
    void correctCrc( std::chrono::nanoseconds elapsed );
 
    void loseFirmware();
-   /** A new map is in force. */
+   /** A new map is in force. Settings stay; those of a port go by its number. */
    void applyMap();
    /** The supply has changed. The highest ports lose their power when there is not enough. */
    void followSupply();

@@ -20,6 +20,7 @@ constexpr char factoryStatus[] = "20 FF 00 00 00 00 00 01 00 0A 05 2F";
 constexpr char failedStatus[] = "20 FF 00 00 00 00 00 00 00 08 00 27";
 constexpr char noImage[] = "AF 00 00 00 00 00 00 00 00 00 00 AF";
 constexpr char refused[] = "AC 00 00 00 00 00 00 00 00 00 00 AC";
+constexpr char storing[] = "AB 00 00 00 00 00 00 00 00 00 00 AB";
 constexpr char nothing[] = "FF FF FF FF FF FF FF FF FF FF FF FF";
 
 class EmulatorBcm59121Firmware : public ::testing::Test {
@@ -273,20 +274,27 @@ namespace {
 
 class EmulatorBcm59121PortMap : public EmulatorBcm59121Firmware {
 protected:
-   bool begin( uint8_t ports ) { return isDone( chip.tell( 0x02, { 2, ports } ) ); }
+   // A host waits 400 ms after each step but a row.
+   bool begin( uint8_t ports ) { return step( 0x02, { 2, ports } ); }
 
    bool add( uint8_t port, uint8_t isFourPair, uint8_t group, uint8_t primary, uint8_t alternative ) {
       return isDone( chip.tell( 0x0E, { port, isFourPair, group, primary, alternative, 1, 0, 1 } ) );
    }
 
-   bool end() { return isDone( chip.tell( 0x02, { 3 } ) ); }
+   bool end() { return step( 0x02, { 3 } ); }
 
-   bool putInForce() { return isDone( chip.tell( 0xE0, {}, 0xF0 ) ); }
+   bool putInForce() { return step( 0xE0, {}, 0xF0 ); }
+
+   bool step( uint8_t command, const Bytes& arguments, uint8_t subCommand = 0xFF ) {
+      bool done = isDone( chip.tell( command, arguments, subCommand ) );
+      chip.advance( 400ms );
+      return done;
+   }
 
    /** Byte 9 of the system status. */
    int flags() { return chip.tell( 0x20, { 0 } )[9]; }
 
-   static bool isDone( const Bytes& reply ) { return reply[0] != 0xAC; }
+   static bool isDone( const Bytes& reply ) { return reply[0] != 0xAC && reply[0] != 0xAB; }
 };
 
 } // namespace
@@ -315,13 +323,16 @@ TEST_F( EmulatorBcm59121PortMap, OfTheFactoryHasGroupsOf8Channels ) {
 
 TEST_F( EmulatorBcm59121PortMap, IsTakenRowByRow ) {
    EXPECT_EQ( chip.ask( "02 FF 02 03 FF FF FF FF FF FF FF FF" ), "02 FF 00 00 00 00 00 00 00 00 00 01" );
+   chip.advance( 400ms );
    EXPECT_EQ( chip.ask( "0E FF 00 00 00 00 00 01 00 01 FF 0E" ), "0E FF 00 00 00 00 00 00 00 00 00 0D" );
    EXPECT_TRUE( add( 1, 1, 0, 2, 3 ) );
    EXPECT_TRUE( add( 2, 0, 0, 1, 1 ) );
    EXPECT_EQ( chip.ask( "02 FF 03 FF FF FF FF FF FF FF FF FC" ), "02 FF 00 00 00 00 00 00 00 00 00 01" );
+   chip.advance( 400ms );
    chip.power( 9, "class=6" );
    EXPECT_EQ( chip.state( 9 ), "powered" ) << "nothing is in force yet";
    EXPECT_EQ( chip.ask( mapInForce ), "E0 F0 00 00 00 00 00 00 00 00 00 D0" );
+   chip.advance( 400ms );
    EXPECT_EQ( flags(), 0x0A );
    EXPECT_EQ( chip.state( 9 ), "disabled" );
    EXPECT_EQ( chip.tell( 0x21, { 2 } )[0], 0x21 );
@@ -339,6 +350,66 @@ TEST_F( EmulatorBcm59121PortMap, IsKeptThroughAReset ) {
    chip.advance( 1s );
    EXPECT_EQ( chip.tell( 0x21, { 1 } )[0], 0xAC );
    EXPECT_EQ( chip.tell( 0x26, { 0 } )[3], 4 ) << "the power mode of a 4-pair port";
+}
+
+TEST_F( EmulatorBcm59121PortMap, TakesTimeToStoreEachStepButARow ) {
+   auto expectStoring = [&]( const char* step ) {
+      EXPECT_EQ( chip.ask( status ), storing ) << step;
+      // Twice 20 ms have passed.
+      chip.advance( 259ms );
+      EXPECT_EQ( chip.ask( status ), storing ) << step;
+      EXPECT_EQ( flags(), 0x0A ) << step;
+   };
+   chip.tell( 0x02, { 2, 1 } );
+   expectStoring( "announcement" );
+   EXPECT_TRUE( add( 0, 1, 0, 0, 1 ) );
+   EXPECT_EQ( flags(), 0x0A ) << "a row";
+   chip.tell( 0x02, { 3 } );
+   expectStoring( "end" );
+   chip.tell( 0xE0, {}, 0xF0 );
+   expectStoring( "in force" );
+}
+
+TEST_F( EmulatorBcm59121PortMap, IsGivenAnewAfterAResetInTheMiddle ) {
+   EXPECT_TRUE( begin( 1 ) );
+   EXPECT_TRUE( add( 0, 1, 0, 0, 1 ) );
+   chip.tell( 0x02, { 3 } );
+   chip.reset();
+   chip.advance( 500ms );
+   EXPECT_EQ( chip.ask( mapInForce ), refused );
+   EXPECT_EQ( flags(), 0x0A );
+}
+
+TEST_F( EmulatorBcm59121PortMap, KeepsTheSettingsAndTakesThePower ) {
+   chip.tell( 0x0A, { 0x6D, 0x01, 0x2F, 0x01 } );
+   chip.tell( 0x17, { 0x33 } );
+   chip.tell( 0x4E, { 1, 1 } );
+   chip.tell( 0x10, { 0, 3 } );
+   chip.tell( 0x1C, { 0, 5 } );
+   chip.tell( 0x1E, { 0, 0x04 } );
+   chip.tell( 0x16, { 0, 80 } );
+   chip.tell( 0x15, { 0, 2 } );
+   chip.power( 1, "class=4 draw=10" );
+   EXPECT_EQ( chip.state( 1 ), "powered" );
+   begin( 2 );
+   add( 0, 1, 0, 0, 1 );
+   add( 1, 0, 0, 2, 2 );
+   end();
+   chip.set( "group1.crc", "0x03" );
+   EXPECT_TRUE( isDone( chip.tell( 0xE0, {}, 0xF0 ) ) );
+   EXPECT_EQ( chip.get( "r0x0a" ), "0x6d012f01" );
+   EXPECT_EQ( chip.get( "r0x17" ), "0x33" );
+   EXPECT_EQ( chip.get( "crc_reset" ), "1" );
+   EXPECT_EQ( chip.get( "group1.crc" ), "0x03" );
+   EXPECT_EQ( chip.get( "port1.enabled" ), "1" );
+   EXPECT_EQ( chip.get( "port1.detection" ), "legacy-4-point" );
+   EXPECT_EQ( chip.get( "port1.mode" ), "802.3bt-type3" );
+   EXPECT_EQ( chip.get( "port1.mpss" ), "0x04" );
+   EXPECT_EQ( chip.get( "port1.limit" ), "16" );
+   EXPECT_EQ( chip.state( 1 ), "detecting" );
+   EXPECT_EQ( chip.get( "allocated" ), "0" );
+   chip.advance( 1s );
+   EXPECT_EQ( chip.state( 1 ), "requesting" );
 }
 
 TEST_F( EmulatorBcm59121PortMap, RefusesStepsThatCannotBe ) {

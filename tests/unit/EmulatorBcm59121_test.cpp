@@ -261,6 +261,7 @@ TEST_F( EmulatorBcm59121, RefusesAMessageWhoseUnusedBytesAreNot0xff ) {
       }
       EXPECT_EQ( chip.tell( row.command, row.arguments, 0 )[0], 0xAC ) << command << " 1";
       EXPECT_EQ( chip.tell( row.command, row.arguments, row.subCommand )[0], row.command ) << command;
+      chip.advance( 400ms );
    }
 }
 
@@ -291,6 +292,7 @@ TEST_F( EmulatorBcm59121, NeedsTimeForAReply ) {
       EXPECT_EQ( chip.reply(), nothing ) << time.request;
       chip.advance( time.wait - time.before );
       EXPECT_EQ( chip.reply().substr( 0, 2 ), std::string( time.request, 2 ) );
+      chip.advance( 400ms );
    }
 }
 
