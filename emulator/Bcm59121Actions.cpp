@@ -3,6 +3,7 @@
 #include "Text.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -12,6 +13,8 @@ namespace Emulator {
 namespace {
 
 using Words = std::span<const std::string_view>;
+
+constexpr const char* channels[] = { "primary", "alternative" };
 
 template <typename... Arguments>
 std::invalid_argument failure( fmt::format_string<Arguments...> text, Arguments&&... arguments ) {
@@ -34,14 +37,14 @@ size_t numberOf( std::string_view what, std::string_view word, size_t first, siz
 
 /** The device of words such as "type=dual", "class=4" and "draw=22.5". */
 Bcm59121Device deviceOf( Words words ) {
-   Bcm59121Device device { Bcm59121Device::Kind::Single };
+   Bcm59121Device device { bcm59121TypeOf( "single" ) };
    std::optional<double> draw;
    for ( auto word : words ) {
       auto equals = std::min( word.find( '=' ), word.size() );
       auto key = word.substr( 0, equals );
       auto value = word.substr( std::min( equals + 1, word.size() ) );
       if ( key == "type" ) {
-         device.kind = bcm59121KindOf( value );
+         device.type = bcm59121TypeOf( value );
       } else if ( key == "class" ) {
          device.pdClass = bcm59121ClassOf( value );
       } else if ( key == "draw" ) {
@@ -56,10 +59,26 @@ Bcm59121Device deviceOf( Words words ) {
 
 void attach( Bcm59121Port& port, std::string_view number, Words words ) {
    auto device = deviceOf( words );
-   if ( port.device().kind != Bcm59121Device::Kind::None ) {
+   if ( port.device().type != Bcm59121Device::Type {} ) {
       throw failure( "port {} has a device; detach it first", number );
    }
    port.plug( device );
+}
+
+void trip( Bcm59121Port& port, std::string_view number, const Bcm59121Fault& fault, Words channel ) {
+   if ( channel.empty() ) {
+      if ( !port.trip( fault ) ) {
+         throw failure( "port {} has no power", number );
+      }
+      return;
+   }
+   auto found = std::ranges::find( channels, channel[0] );
+   if ( found == std::end( channels ) ) {
+      throw failure( "no channel {}; there are {}", printable( channel[0] ), fmt::join( channels, " and " ) );
+   }
+   if ( !port.trip( fault, static_cast<size_t>( found - channels ) ) ) {
+      throw failure( "port {} has no power on its {} channel", number, *found );
+   }
 }
 
 void actOnPort( Bcm59121Port& port, std::string_view number, Words words ) {
@@ -76,10 +95,8 @@ void actOnPort( Bcm59121Port& port, std::string_view number, Words words ) {
       throw failure( "no action {}{}", printable( action ),
          suggestion( action, { "attach", "detach", "overload", "short", "startup", "thermal" } ) );
    }
-   expectCount( words, 1, action );
-   if ( !port.trip( *fault ) ) {
-      throw failure( "port {} has no power", number );
-   }
+   expectCount( words, 2, action );
+   trip( port, number, *fault, words.subspan( 1 ) );
 }
 
 void actOnChip( Bcm59121State& state, Words words ) {
@@ -101,7 +118,7 @@ void actOnChip( Bcm59121State& state, Words words ) {
 
 std::string Bcm59121::actions() const {
    return "PORT attach [type=TYPE] [class=CLASS] [draw=WATTS]; PORT detach; "
-          "PORT overload, short, startup or thermal; chip lose-firmware; chip crc [GROUP]";
+          "PORT overload, short, startup or thermal [CHANNEL]; chip lose-firmware; chip crc [GROUP]";
 }
 
 void Bcm59121::act( std::span<const std::string_view> words ) {

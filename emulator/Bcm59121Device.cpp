@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <stdexcept>
+#include <vector>
 
 namespace Emulator {
 
@@ -32,28 +34,34 @@ constexpr Word words[] = {
 
 constexpr uint8_t highestClass = 8;
 
-bool isClass( uint8_t pdClass ) { return pdClass <= highestClass || pdClass >= classMismatch; }
-
-} // namespace
-
-std::vector<std::string> bcm59121KindWords() {
-   std::vector<std::string> texts;
-   for ( auto& word : words ) {
-      texts.push_back( word.text );
-   }
-   return texts;
-}
-
-Kind bcm59121KindOf( std::string_view word ) {
-   auto found = std::ranges::find( words, word, &Word::text );
+Kind kindOf( std::string_view text ) {
+   auto found = std::ranges::find( words, text, &Word::text );
    if ( found == std::end( words ) ) {
+      std::vector<std::string> texts;
+      std::ranges::transform( words, std::back_inserter( texts ), &Word::text );
       throw std::invalid_argument(
-         fmt::format( "no type {}; there are {}", printable( word ), join( bcm59121KindWords(), ", " ) ) );
+         fmt::format( "no type {}; there are {}", printable( text ), join( texts, ", " ) ) );
    }
    return found->kind;
 }
 
-const char* bcm59121WordOf( Kind kind ) { return std::ranges::find( words, kind, &Word::kind )->text; }
+const char* wordOf( Kind kind ) { return std::ranges::find( words, kind, &Word::kind )->text; }
+
+bool isClass( uint8_t pdClass ) { return pdClass <= highestClass || pdClass >= classMismatch; }
+
+} // namespace
+
+Bcm59121Device::Type bcm59121TypeOf( std::string_view word ) {
+   auto slash = word.find( '/' );
+   auto primary = kindOf( word.substr( 0, slash ) );
+   return { primary, slash == word.npos ? primary : kindOf( word.substr( slash + 1 ) ) };
+}
+
+std::string bcm59121TypeWord( const Bcm59121Device::Type& type ) {
+   auto [primary, alternative] = type;
+   return alternative == primary ? wordOf( primary )
+                                 : fmt::format( "{}/{}", wordOf( primary ), wordOf( alternative ) );
+}
 
 uint8_t bcm59121ClassOf( std::string_view word ) {
    for ( unsigned number = 0; number <= classOverCurrent; ++number ) {
@@ -86,7 +94,8 @@ double bcm59121UsualDraw( const Bcm59121Device& device ) {
    if ( device.pdClass > highestClass ) {
       return 0;
    }
-   return bcm59121ClassPower( device.pdClass ) / ( device.kind == Kind::Dual ? 10.0 : 20.0 );
+   auto signatures = std::max<ptrdiff_t>( 1, std::ranges::count( device.type, Kind::Dual ) );
+   return bcm59121ClassPower( device.pdClass ) * static_cast<double>( signatures ) / 20;
 }
 
 unsigned bcm59121ClassPower( uint8_t pdClass ) {

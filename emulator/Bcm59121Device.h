@@ -1,10 +1,10 @@
 #ifndef EMULATOR_BCM59121_DEVICE_H
 #define EMULATOR_BCM59121_DEVICE_H
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace Emulator {
 
@@ -26,7 +26,10 @@ struct Bcm59121Device {
       Open
    };
 
-   Kind kind = Kind::None;
+   /** What the primary and the alternative pair set find. A 2-pair port has the primary alone. */
+   using Type = std::array<Kind, 2>;
+
+   Type type {};
    /** 0 to 8, of each pair set of a dual-signature device; or what a classification that fails gives. */
    uint8_t pdClass = 0;
    /** Watts that it takes once it is powered. */
@@ -37,11 +40,12 @@ struct Bcm59121Device {
 constexpr uint8_t classMismatch = 14;
 constexpr uint8_t classOverCurrent = 15;
 
-/** The words for the kinds, such as "single". */
-std::vector<std::string> bcm59121KindWords();
-/** Throws std::invalid_argument, with words for a person, for a word that is none of them. */
-Bcm59121Device::Kind bcm59121KindOf( std::string_view word );
-const char* bcm59121WordOf( Bcm59121Device::Kind kind );
+/**
+ * The type of a word: "single", or "single/open" for a device that the primary pair set alone reaches. Throws
+ * std::invalid_argument, with words for a person, for another word.
+ */
+Bcm59121Device::Type bcm59121TypeOf( std::string_view word );
+std::string bcm59121TypeWord( const Bcm59121Device::Type& type );
 
 /* The same for classes: "0" to "8", and "mismatch" and "over-current" for a classification that fails. */
 uint8_t bcm59121ClassOf( std::string_view word );

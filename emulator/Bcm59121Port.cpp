@@ -30,6 +30,8 @@ uint8_t modeOf( unsigned tenths ) { return tenths <= 154 ? 0 : tenths <= 300 ? 1
 
 constexpr uint8_t modeUnknown = 3;
 
+bool hasLoad( DeviceKind kind ) { return kind != DeviceKind::None && kind != DeviceKind::Open; }
+
 void count( uint8_t& counter ) { counter = static_cast<uint8_t>( std::min( counter + 1, 0xFF ) ); }
 
 } // namespace
@@ -47,7 +49,7 @@ void Bcm59121Port::stop() {
    settings_ = {};
    counts_ = {};
    fault_ = nullptr;
-   detection_ = detectionUnknown;
+   pairs_ = {};
    isClassified_ = false;
    enter( Phase::Stopped );
 }
@@ -100,6 +102,10 @@ void Bcm59121Port::powerOn() {
       request();
    } else if ( phase_ == Phase::Fault && fault_->portStatus == 4 ) {
       restart();
+   } else if ( isPowered() ) {
+      for ( auto& pair : pairs_ ) {
+         pair.fault = nullptr;
+      }
    }
 }
 
@@ -109,9 +115,9 @@ void Bcm59121Port::powerOff() {
 }
 
 void Bcm59121Port::plug( const Bcm59121Device& device ) {
-   bool isOther = device.kind != device_.kind;
+   bool isOther = device.type != device_.type;
    bool hasOtherClass = device.pdClass != device_.pdClass;
-   bool isGone = device.kind == DeviceKind::None || device.kind == DeviceKind::Open;
+   bool isGone = std::none_of( device.type.begin(), device.type.begin() + pairCount(), hasLoad );
    device_ = device;
    if ( isPowered() && ( isGone || !isOther ) ) {
       checkLoad();
@@ -126,6 +132,19 @@ bool Bcm59121Port::trip( const Bcm59121Fault& fault ) {
       return false;
    }
    fail( fault.kind );
+   return true;
+}
+
+bool Bcm59121Port::trip( const Bcm59121Fault& fault, size_t pair ) {
+   if ( !isPowered( pair ) ) {
+      return false;
+   }
+   pairs_[pair].fault = &fault;
+   if ( pairState() == 0 ) {
+      fail( fault.kind );
+   } else {
+      countFault( fault.kind );
+   }
    return true;
 }
 
@@ -188,35 +207,44 @@ uint8_t Bcm59121Port::statusCode() const {
    return fault_->portStatus;
 }
 
-uint8_t Bcm59121Port::pairState() const { return !isPowered() ? 0 : isFourPair_ ? 3 : 1; }
+uint8_t Bcm59121Port::pairState() const {
+   return static_cast<uint8_t>( ( isPowered( 0 ) ? 1 : 0 ) + ( isPowered( 1 ) ? 2 : 0 ) );
+}
 
 uint8_t Bcm59121Port::signatures() const { return !isValid() ? 0 : isDual() ? 2 : 1; }
 
-Bcm59121Port::Channel Bcm59121Port::channel( bool isAlternative ) const {
-   Channel channel { detectionUnknown, 0, 0, modeUnknown, 0 };
-   if ( isAlternative && !isFourPair_ ) {
+Bcm59121Port::Channel Bcm59121Port::channel( size_t pair ) const {
+   Channel channel { detectionUnknown, 0, 0, modeUnknown, wattsOf( pair ) };
+   if ( pair >= pairCount() ) {
       return channel;
    }
-   channel.detection = detection_;
-   if ( isValid() && isDual() ) {
+   channel.detection = pairs_[pair].detection;
+   // A fault of the port is one of the channels that were to have its power.
+   auto portFault = isValid( pair ) || !isValid() ? fault_ : nullptr;
+   if ( auto fault = pairs_[pair].fault ? pairs_[pair].fault : portFault ) {
+      channel.error = fault->channelError;
+   }
+   if ( !isValid( pair ) ) {
+      return channel;
+   }
+   if ( isDual() ) {
       channel.detection |= ownSignature;
    }
    channel.pdClass = pdClass();
-   channel.error = fault_ ? fault_->channelError : 0;
    if ( isClassified_ && class_ < classMismatch ) {
-      channel.mode = modeOf( classPower() / channels() );
+      channel.mode = modeOf( classPower() / validPairs() );
    }
-   channel.watts = watts() / channels();
    return channel;
 }
 
-double Bcm59121Port::watts() const {
-   bool draws = device_.kind != DeviceKind::None && device_.kind != DeviceKind::Open;
-   if ( !isPowered() || !draws ) {
+double Bcm59121Port::wattsOf( size_t pair ) const {
+   if ( !isLoaded( pair ) ) {
       return 0;
    }
    // A device that was given a lower class than it asked for keeps to that.
-   return class_ < device_.pdClass ? std::min( device_.draw, classPower() / 10.0 ) : device_.draw;
+   auto draw = class_ < device_.pdClass ? std::min( device_.draw, classPower() / 10.0 ) : device_.draw;
+   // Of two signatures each has its half, even alone.
+   return isDual() ? draw / 2 : draw / ( isLoaded( 0 ) + isLoaded( 1 ) );
 }
 
 void Bcm59121Port::enter( Phase phase, std::optional<std::chrono::nanoseconds> time ) {
@@ -243,7 +271,7 @@ void Bcm59121Port::expire() {
 void Bcm59121Port::restart() {
    release();
    fault_ = nullptr;
-   detection_ = detectionUnknown;
+   pairs_ = {};
    isClassified_ = false;
    if ( !settings_.isEnabled ) {
       enter( Phase::Disabled );
@@ -255,10 +283,15 @@ void Bcm59121Port::restart() {
 }
 
 void Bcm59121Port::detect() {
-   detection_ = bcm59121Detect( settings_.detectionType, device_.kind );
+   bool isInvalid = false;
+   for ( size_t pair = 0; pair < pairCount(); ++pair ) {
+      auto found = bcm59121Detect( settings_.detectionType, device_.type[pair] );
+      pairs_[pair].detection = found;
+      isInvalid |= found != detectionUnknown && found != detectionOpen;
+   }
    if ( isValid() ) {
       enter( Phase::Classifying, classificationTime );
-   } else if ( detection_ != detectionUnknown && detection_ != detectionOpen ) {
+   } else if ( isInvalid ) {
       count( counts_.invalidSignature );
    }
 }
@@ -269,8 +302,9 @@ void Bcm59121Port::classify() {
       class_ = device_.pdClass;
       return enter( Phase::Detecting );
    }
-   auto highest = bcm59121HighestClass( settings_.powerMode, isFourPair_, isDual() );
-   class_ = device_.kind == DeviceKind::Legacy ? 0 : std::min( device_.pdClass, highest );
+   auto highest = bcm59121HighestClass( settings_.powerMode, validPairs() == 2, isDual() );
+   bool isLegacy = device_.type[isValid( 0 ) ? 0 : 1] == DeviceKind::Legacy;
+   class_ = isLegacy ? 0 : std::min( device_.pdClass, highest );
    enter( Phase::Requesting );
    request();
 }
@@ -287,14 +321,20 @@ void Bcm59121Port::request() {
 }
 
 void Bcm59121Port::fail( Bcm59121Fault::Kind kind ) {
-   using Kind = Bcm59121Fault::Kind;
    release();
    fault_ = &bcm59121Fault( kind );
    isWanted_ = power_->isAutomatic;
    enter( Phase::Fault );
+   if ( kind == Bcm59121Fault::Kind::MpsAbsent ) {
+      left_ = errorDelay;
+   }
+   countFault( kind );
+}
+
+void Bcm59121Port::countFault( Bcm59121Fault::Kind kind ) {
+   using Kind = Bcm59121Fault::Kind;
    switch ( kind ) {
    case Kind::MpsAbsent:
-      left_ = errorDelay;
       return count( counts_.mpsAbsent );
    case Kind::Short:
       return count( counts_.shorted );
@@ -328,14 +368,24 @@ void Bcm59121Port::checkLoad() {
    }
 }
 
-bool Bcm59121Port::isValid() const { return detection_ == detectionValid; }
+bool Bcm59121Port::isValid( size_t pair ) const { return pairs_[pair].detection == detectionValid; }
 
-bool Bcm59121Port::isDual() const { return isFourPair_ && device_.kind == DeviceKind::Dual; }
+bool Bcm59121Port::isDual() const {
+   return validPairs() == 2 && std::ranges::count( device_.type, DeviceKind::Dual ) == 2;
+}
+
+bool Bcm59121Port::isPowered( size_t pair ) const {
+   return isPowered() && isValid( pair ) && !pairs_[pair].fault;
+}
+
+bool Bcm59121Port::isLoaded( size_t pair ) const {
+   return isPowered( pair ) && hasLoad( device_.type[pair] );
+}
 
 unsigned Bcm59121Port::classPower() const { return bcm59121ClassPower( class_ ) * ( isDual() ? 2 : 1 ); }
 
 unsigned Bcm59121Port::limit() const {
-   return settings_.violationType == violationUser ? settings_.limit * 2 * channels() : classPower();
+   return settings_.violationType == violationUser ? settings_.limit * 2 * validPairs() : classPower();
 }
 
 bool Bcm59121Port::mayPower() const {

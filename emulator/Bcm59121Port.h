@@ -5,7 +5,9 @@
 #include "Bcm59121Fault.h"
 #include "Bcm59121Power.h"
 
+#include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,8 +19,8 @@ namespace Emulator {
  * its limit allow.
  *
  * What the model makes simpler than the part: a device is looked at once, not again and again; a load that is
- * too high is cut off at once; a port that was shut off stays so until the device goes or the port is
- * switched on or enabled anew.
+ * too high is cut off at once; a port or channel that was shut off stays so until the device goes or the port
+ * is switched on or enabled anew.
  */
 class Bcm59121Port {
 public:
@@ -28,7 +30,7 @@ public:
       uint8_t detectionType = 2;
       uint8_t powerMode = 0;
       uint8_t violationType = 1;
-      /** User-defined limit of each channel in 0.2 W. */
+      /** User-defined limit of each channel with a valid detection, in 0.2 W. */
       uint8_t limit = 155;
       /** Shut-off inputs that this port minds. */
       uint8_t mpssMask = 0;
@@ -85,6 +87,8 @@ public:
    void plug( const Bcm59121Device& device );
    /** @return false if the port has no power that a fault could end */
    bool trip( const Bcm59121Fault& fault );
+   /** The same for one channel, 0 or 1. The other one keeps its power. */
+   bool trip( const Bcm59121Fault& fault, size_t pair );
    /** The supply's voltage, budget or shut-off inputs have changed. */
    void followSupply();
    /** Gives its power back for want of budget. */
@@ -110,7 +114,8 @@ public:
 
    /** 0 before a valid detection, 1 for one signature, 2 for two. */
    uint8_t signatures() const;
-   Channel channel( bool isAlternative ) const;
+   /** @param pair 0 for the primary channel, 1 for the alternative one */
+   Channel channel( size_t pair ) const;
 
    const Counts& counts() const { return counts_; }
 
@@ -119,9 +124,16 @@ public:
    double volts() const { return isPowered() ? power_->volts : 0; }
 
    /** What the device takes. */
-   double watts() const;
+   double watts() const { return wattsOf( 0 ) + wattsOf( 1 ); }
 
 private:
+   struct PairSet {
+      /** What the last detection has found, as the chip codes it. */
+      uint8_t detection = 0;
+      /** Why it has no power although the other one may. */
+      const Bcm59121Fault* fault = nullptr;
+   };
+
    enum class Phase { Stopped, Disabled, Detecting, Classifying, Requesting, PoweringUp, Powered, Fault };
 
    void enter( Phase phase, std::optional<std::chrono::nanoseconds> time = std::nullopt );
@@ -132,14 +144,25 @@ private:
    void classify();
    void request();
    void fail( Bcm59121Fault::Kind kind );
+   void countFault( Bcm59121Fault::Kind kind );
    void allocate();
    void release();
    void checkLoad();
 
-   bool isValid() const;
-   bool isDual() const;
+   size_t pairCount() const { return isFourPair_ ? 2 : 1; }
 
-   unsigned channels() const { return isFourPair_ ? 2 : 1; }
+   bool isValid( size_t pair ) const;
+
+   bool isValid() const { return isValid( 0 ) || isValid( 1 ); }
+
+   /** Pair sets with a valid detection. */
+   unsigned validPairs() const { return isValid( 0 ) + isValid( 1 ); }
+
+   bool isDual() const;
+   bool isPowered( size_t pair ) const;
+   /** It has power, and something takes it. */
+   bool isLoaded( size_t pair ) const;
+   double wattsOf( size_t pair ) const;
 
    /* In 0.1 W. */
    unsigned classPower() const;
@@ -157,8 +180,7 @@ private:
    Phase phase_ = Phase::Stopped;
    std::optional<std::chrono::nanoseconds> left_;
    const Bcm59121Fault* fault_ = nullptr;
-   /** What the last detection has found, as the chip codes it. */
-   uint8_t detection_ = 0;
+   std::array<PairSet, 2> pairs_;
    bool isClassified_ = false;
    uint8_t class_ = 0;
    /** Somebody wants the device powered. */

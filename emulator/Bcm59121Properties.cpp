@@ -89,10 +89,10 @@ void Bcm59121::addPortProperties( size_t index ) {
    auto& port = state_.ports[index];
    auto name = [&]( const char* end ) { return fmt::format( "port{}.{}", index + 1, end ); };
    addProperty(
-      name( "device" ), [&port] { return bcm59121WordOf( port.device().kind ); },
+      name( "device" ), [&port] { return bcm59121TypeWord( port.device().type ); },
       [&port]( const std::string& value ) {
          auto device = port.device();
-         device.kind = bcm59121KindOf( value );
+         device.type = bcm59121TypeOf( value );
          port.plug( device );
       } );
    addProperty(

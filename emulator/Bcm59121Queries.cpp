@@ -141,16 +141,16 @@ Outcome portMeasurement( State& state, const Message& request, Message& reply ) 
 
 Outcome perPairPower( State& state, const Message& request, Message& reply ) {
    auto& port = portOf( state, request );
-   reply.putWord( 3, code( port.channel( false ).watts, wattStep ) );
-   reply.putWord( 5, code( port.channel( true ).watts, wattStep ) );
+   reply.putWord( 3, code( port.channel( 0 ).watts, wattStep ) );
+   reply.putWord( 5, code( port.channel( 1 ).watts, wattStep ) );
    return Outcome::Done;
 }
 
 Outcome perPairStatus( State& state, const Message& request, Message& reply ) {
    auto& port = portOf( state, request );
-   for ( bool isAlternative : { false, true } ) {
-      auto channel = port.channel( isAlternative );
-      size_t offset = isAlternative ? 7 : 3;
+   for ( size_t pair : { 0, 1 } ) {
+      auto channel = port.channel( pair );
+      size_t offset = 3 + 4 * pair;
       reply.put( offset, channel.detection );
       reply.put( offset + 1, channel.pdClass );
       reply.put( offset + 2, channel.error );

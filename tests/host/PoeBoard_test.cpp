@@ -206,6 +206,69 @@ TEST_F( PoeBoard, ADualSignatureDeviceHasItsPowerOnBothChannels ) {
    EXPECT_FLOAT_EQ( second, 25 );
 }
 
+TEST_F( PoeBoard, ADeviceHasItsPowerOnTheChannelThatReachesIt ) {
+   struct Row {
+      const char* type;
+      ql_poe_port_state primary;
+      ql_poe_port_state alternative;
+      ql_poe_port_pair_state pairs;
+      ql_poe_device_class primaryClass;
+      ql_poe_device_class alternativeClass;
+      float primaryPower;
+      float alternativePower;
+   };
+
+   const Row rows[] = {
+      { "single/open", QL_POE_PORT_POWERED, QL_POE_PORT_DETECTING, QL_POE_PAIR_STATE_1, QL_POE_CLASS_4,
+         QL_POE_CLASS_0, 20, 0 },
+      { "open/single", QL_POE_PORT_DETECTING, QL_POE_PORT_POWERED, QL_POE_PAIR_STATE_2, QL_POE_CLASS_0,
+         QL_POE_CLASS_4, 0, 20 },
+   };
+   auto port = enable( 48 );
+   for ( auto& row : rows ) {
+      EXPECT_EQ( bench( fmt::format( "poe 48 attach type={} class=4 draw=20", row.type ) ), "ok" );
+      powerOn( port );
+      auto state = stateOf( port );
+      EXPECT_EQ( state.port, QL_POE_PORT_POWERED ) << row.type;
+      EXPECT_EQ( state.primary, row.primary ) << row.type;
+      EXPECT_EQ( state.alternative, row.alternative ) << row.type;
+      EXPECT_EQ( state.pairs, row.pairs ) << row.type;
+      ql_poe_device_class all, primaryClass, alternativeClass;
+      EXPECT_EQ( port->ops->get_device_class( port, &all, &primaryClass, &alternativeClass ), QL_STATUS_OK );
+      EXPECT_EQ( primaryClass, row.primaryClass ) << row.type;
+      EXPECT_EQ( alternativeClass, row.alternativeClass ) << row.type;
+      float total, primary, alternative;
+      EXPECT_EQ( port->ops->get_power( port, &total, &primary, &alternative ), QL_STATUS_OK );
+      EXPECT_FLOAT_EQ( primary, row.primaryPower ) << row.type;
+      EXPECT_FLOAT_EQ( alternative, row.alternativePower ) << row.type;
+      bench( "poe 48 detach" );
+   }
+}
+
+TEST_F( PoeBoard, AFaultOfOneChannelLeavesTheOtherItsPower ) {
+   struct Row {
+      const char* line;
+      ql_poe_port_state primary;
+      ql_poe_port_state alternative;
+      ql_poe_port_pair_state pairs;
+   };
+
+   const Row rows[] = {
+      { "poe 41 overload primary", QL_POE_PORT_OVERLOAD, QL_POE_PORT_POWERED, QL_POE_PAIR_STATE_2 },
+      { "poe 41 short alternative", QL_POE_PORT_POWERED, QL_POE_PORT_FAULT, QL_POE_PAIR_STATE_1 },
+   };
+   auto port = enable( 41 );
+   for ( auto& row : rows ) {
+      powerOn( port );
+      EXPECT_EQ( bench( row.line ), "ok" );
+      auto state = stateOf( port );
+      EXPECT_EQ( state.port, QL_POE_PORT_POWERED ) << row.line;
+      EXPECT_EQ( state.primary, row.primary ) << row.line;
+      EXPECT_EQ( state.alternative, row.alternative ) << row.line;
+      EXPECT_EQ( state.pairs, row.pairs ) << row.line;
+   }
+}
+
 TEST_F( PoeBoard, A4PairPortGivesASingleSignatureItsClass ) {
    auto port = enable( 41 );
    EXPECT_EQ( stateOf( port ).port, QL_POE_PORT_REQUESTING ) << "a device is there from the start";
@@ -265,6 +328,16 @@ TEST_F( PoeBoard, ALimitOfA4PairPortIsSharedByItsChannels ) {
    EXPECT_EQ( bench( "get poe.port41.limit" ), "ok 25.8" );
    EXPECT_EQ( stateOf( port ).port, QL_POE_PORT_POWERED );
    EXPECT_EQ( bench( "get poe.allocated" ), "ok 51.6" );
+}
+
+TEST_F( PoeBoard, ALimitOfA4PairPortIsThatOfTheOneChannelInUse ) {
+   auto port = enable( 48 );
+   bench( "poe 48 attach type=single/open class=4 draw=12" );
+   powerOn( port );
+   // 15 W and 3 percent are 15.45 W, 78 steps of 0.2 W.
+   EXPECT_EQ( port->ops->set_limit( port, QL_POE_LIMIT_USER, 15 ), QL_STATUS_OK );
+   EXPECT_EQ( bench( "get poe.port48.limit" ), "ok 15.6" );
+   EXPECT_EQ( bench( "get poe.allocated" ), "ok 15.6" );
 }
 
 TEST_F( PoeBoard, APortIsShutOffWithTheSupplyThatItMinds ) {

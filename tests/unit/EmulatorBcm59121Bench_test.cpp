@@ -33,7 +33,7 @@ struct Row {
 
 #define ACTIONS                                                                                              \
    "PORT attach [type=TYPE] [class=CLASS] [draw=WATTS]; PORT detach; PORT overload, short, startup or "      \
-   "thermal; "                                                                                               \
+   "thermal [CHANNEL]; "                                                                                     \
    "chip lose-firmware; chip crc [GROUP]"
 
 const Row rows[] = {
@@ -60,9 +60,16 @@ const Row rows[] = {
    { "poe 7 attach draw=200.1", "error draw must be a number from 0 to 200, not 200.1" },
    { "poe 7 attach type=dula", "error no type dula; there are none, single, dual, legacy, "
                                "short, low-resistance, high-resistance, open" },
+   { "poe 9 attach type=single/opn", "error no type opn; there are none, single, dual, legacy, "
+                                     "short, low-resistance, high-resistance, open" },
+   { "poe 9 attach type=/open", "error no type \"\"; there are none, single, dual, legacy, "
+                                "short, low-resistance, high-resistance, open" },
    { "poe 7 detach now", "error now behind detach" },
-   { "poe 7 overload now", "error now behind overload" },
+   { "poe 7 overload now", "error no channel now; there are primary and alternative" },
+   { "poe 7 overload primary now", "error now behind overload" },
    { "poe 7 overload", "error port 7 has no power" },
+   { "poe 9 short primary", "error port 9 has no power on its primary channel" },
+   { "poe 9 short alternative", "error port 9 has no power on its alternative channel" },
    { "poe chip lose-firmwar", "error no action lose-firmwar; did you mean lose-firmware?" },
    { "poe chip attach", "error no action attach" },
    { "poe chip lose-firmware now", "error now behind lose-firmware" },
@@ -133,12 +140,26 @@ TEST_F( EmulatorBcm59121Bench, AttachesADeviceThatTakesHalfOfWhatItsClassAllows 
       { " class=4", "15" },
       { " class=8", "45" },
       { " type=dual class=4", "30" },
+      { " type=dual/open class=4", "15" },
    };
    for ( auto& [words, watts] : devices ) {
       say( "poe 7 detach" );
       EXPECT_EQ( say( std::string( "poe 7 attach" ) + words ), "ok" );
       EXPECT_EQ( say( "get poe.port7.draw" ), std::string( "ok " ) + watts ) << words;
    }
+}
+
+TEST_F( EmulatorBcm59121Bench, AttachesWhatEachPairSetFinds ) {
+   EXPECT_EQ( say( "poe 9 attach type=single/open" ), "ok" );
+   EXPECT_EQ( say( "get poe.port9.device" ), "ok single/open" );
+   EXPECT_EQ( say( "set poe.port9.device open/short" ), "ok" );
+   EXPECT_EQ( say( "get poe.port9.device" ), "ok open/short" );
+   EXPECT_EQ( say( "set poe.port9.device dual/dual" ), "ok" );
+   EXPECT_EQ( say( "get poe.port9.device" ), "ok dual" );
+   EXPECT_EQ( say( "set poe.port9.device none/single" ), "ok" );
+   EXPECT_EQ( say( "poe 9 attach" ), "error port 9 has a device; detach it first" );
+   EXPECT_EQ( say( "poe 9 detach" ), "ok" );
+   EXPECT_EQ( say( "get poe.port9.device" ), "ok none" );
 }
 
 TEST_F( EmulatorBcm59121Bench, SetsADeviceByItsProperties ) {

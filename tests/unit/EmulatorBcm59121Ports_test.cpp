@@ -28,6 +28,17 @@ protected:
       return textOf( { reply.begin() + 3, reply.begin() + 8 } );
    }
 
+   /** Pair state: 1 for the primary channel, 2 for the alternative one, 3 for both. */
+   unsigned poweredPairs( uint8_t port ) {
+      return chip.tell( 0x21, { static_cast<uint8_t>( port - 1 ) } )[9];
+   }
+
+   /** Primary and alternative channel, in 0.1 W. */
+   std::string pairPower( uint8_t port ) {
+      auto reply = chip.tell( 0x3C, { static_cast<uint8_t>( port - 1 ) } );
+      return textOf( { reply.begin() + 3, reply.begin() + 7 } );
+   }
+
    void set( uint8_t command, uint8_t port, uint8_t value ) {
       chip.tell( command, { static_cast<uint8_t>( port - 1 ), value } );
    }
@@ -68,6 +79,16 @@ const Signature signatures[] = {
    { "class 6 on two channels", 9, 2, "class=6", "04 06 00 01 04 06 00 01", "requesting" },
    { "class 8 on two channels of Type-3", 9, 2, "class=8", "04 06 00 01 04 06 00 01", "requesting" },
    { "two signatures of class 2", 9, 2, "type=dual class=2", "14 02 00 00 14 02 00 00", "requesting" },
+   { "class 6 on the primary of two channels", 9, 2, "type=single/open class=6", "04 04 00 01 06 00 00 03",
+      "requesting" },
+   { "class 3 on the alternative of two channels", 9, 2, "type=open/single class=3",
+      "06 00 00 03 04 03 00 00", "requesting" },
+   { "a short beside a device", 9, 2, "type=single/short class=3", "04 03 00 00 01 00 00 03", "requesting" },
+   { "one of two signatures", 9, 2, "type=dual/open class=3", "04 03 00 00 06 00 00 03", "requesting" },
+   { "another resistance on each channel", 9, 2, "type=high-resistance/low-resistance",
+      "05 00 00 03 03 00 00 03", "detecting" },
+   { "a device on the channel that a port has not", 1, 2, "type=open/single class=3",
+      "06 00 00 03 00 00 00 03", "detecting" },
    { "two signatures of class 5", 9, 2, "type=dual class=5", "14 04 00 01 14 04 00 01", "requesting" },
 };
 
@@ -233,6 +254,58 @@ TEST_F( EmulatorBcm59121Ports, ShowAFaultOnBothChannelsOfA4PairPort ) {
    EXPECT_EQ( pairs( 9 ), "04 06 02 01 04 06 02 01" );
 }
 
+TEST_F( EmulatorBcm59121Ports, GivePowerOnTheChannelThatReachesTheDevice ) {
+   chip.power( 9, "type=single/open class=4 draw=20" );
+   chip.power( 10, "type=open/single class=4 draw=20" );
+   EXPECT_EQ( poweredPairs( 9 ), 1U );
+   EXPECT_EQ( pairPower( 9 ), "00 C8 00 00" );
+   EXPECT_EQ( poweredPairs( 10 ), 2U );
+   EXPECT_EQ( pairPower( 10 ), "00 00 00 C8" );
+   EXPECT_EQ( chip.get( "allocated" ), "60" );
+}
+
+TEST_F( EmulatorBcm59121Ports, ShowAFaultOnTheChannelThatReachesTheDevice ) {
+   chip.power( 9, "type=single/open class=3" );
+   chip.bench( "9 thermal" );
+   EXPECT_EQ( pairs( 9 ), "04 03 05 00 06 00 00 03" );
+}
+
+TEST_F( EmulatorBcm59121Ports, ShutOffOneChannelForItsFault ) {
+   // 51 W are 0x01fe.
+   chip.power( 9, "class=6 draw=51" );
+   chip.bench( "9 overload primary" );
+   EXPECT_EQ( status( 9 ), "02 00" );
+   EXPECT_EQ( poweredPairs( 9 ), 2U );
+   EXPECT_EQ( pairs( 9 ), "04 06 03 01 04 06 00 01" );
+   EXPECT_EQ( pairPower( 9 ), "00 00 01 FE" );
+   EXPECT_EQ( counts( 9 ), "00 01 00 00 00" );
+   chip.advance( 1h );
+   EXPECT_EQ( poweredPairs( 9 ), 2U );
+   chip.powerOn( 9 );
+   EXPECT_EQ( poweredPairs( 9 ), 3U );
+   EXPECT_EQ( pairs( 9 ), "04 06 00 01 04 06 00 01" );
+}
+
+TEST_F( EmulatorBcm59121Ports, ShutOffWithTheirLastChannel ) {
+   chip.power( 9, "class=6" );
+   chip.bench( "9 overload primary" );
+   chip.bench( "9 short alternative" );
+   EXPECT_EQ( status( 9 ), "04 02" );
+   EXPECT_EQ( pairs( 9 ), "04 06 03 01 04 06 02 01" );
+   EXPECT_EQ( counts( 9 ), "00 01 01 00 00" );
+   EXPECT_EQ( chip.get( "allocated" ), "0" );
+   chip.powerOn( 9 );
+   chip.advance( 1s );
+   EXPECT_EQ( poweredPairs( 9 ), 3U );
+}
+
+TEST_F( EmulatorBcm59121Ports, GiveEachOfTwoSignaturesItsHalf ) {
+   chip.power( 9, "type=dual class=4 draw=50" );
+   EXPECT_EQ( pairPower( 9 ), "00 FA 00 FA" );
+   chip.bench( "9 short alternative" );
+   EXPECT_EQ( pairPower( 9 ), "00 FA 00 00" );
+}
+
 TEST_F( EmulatorBcm59121Ports, CountInvalidSignatures ) {
    chip.enable( 1 );
    chip.bench( "1 attach type=short" );
@@ -269,13 +342,15 @@ struct Limit {
    const char* beyond;
 };
 
-// Class 3 may take 15.4 W and class 6 60 W; a user's limit is 0.2 W a step for each channel.
+// Class 3 may take 15.4 W and class 6 60 W; a user's limit is 0.2 W a step for each channel that the
+// device is found on.
 const Limit limits[] = {
    { "class", 1, "class=3", 1, 0, "15.4", "15.5" },
    { "class on two channels", 9, "class=6", 1, 0, "60", "60.1" },
    { "class of two signatures", 9, "type=dual class=2", 1, 0, "14", "14.1" },
    { "user on one channel", 1, "class=3", 2, 80, "16", "16.1" },
    { "user on two channels", 9, "class=6", 2, 80, "32", "32.1" },
+   { "user on one of two channels", 9, "type=single/open class=4", 2, 80, "16", "16.1" },
    { "the highest that a user may set", 1, "class=4", 2, 155, "31", "31.1" },
 };
 
