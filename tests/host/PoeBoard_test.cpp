@@ -16,8 +16,10 @@
 #include <rapidjson/writer.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <sstream>
 
 using namespace std::chrono_literals;
@@ -40,30 +42,31 @@ protected:
    }
 
    /** A port of the board, with these driver arguments besides. */
-   ql_poe_port* add( int number, const std::string& firmwarePath = "" ) {
+   ql_poe_port* add( int number, const std::map<std::string, std::string>& driverArgs = {} ) {
       auto name = fmt::format( "port{}", number );
       rapidjson::Document document;
       document.Parse( fileOf( SELVANE "/objects.json" ).c_str() );
       for ( auto& object : document["objects"].GetArray() ) {
          if ( object["name"] == name.c_str() ) {
             auto& args = object["args"];
-            if ( !firmwarePath.empty() ) {
-               args["driverArgs"].AddMember( "firmwarePath",
-                  rapidjson::Value( firmwarePath.c_str(), document.GetAllocator() ),
-                  document.GetAllocator() );
+            auto text = [&]( const std::string& words ) {
+               return rapidjson::Value( words.c_str(), document.GetAllocator() );
+            };
+            for ( auto& [key, value] : driverArgs ) {
+               args["driverArgs"].AddMember( text( key ), text( value ), document.GetAllocator() );
             }
-            rapidjson::StringBuffer text;
-            rapidjson::Writer<rapidjson::StringBuffer> writer( text );
+            rapidjson::StringBuffer json;
+            rapidjson::Writer<rapidjson::StringBuffer> writer( json );
             args.Accept( writer );
-            return plugin.poe_port_add( text.GetString() );
+            return plugin.poe_port_add( json.GetString() );
          }
       }
       throw std::invalid_argument( name );
    }
 
    /** A port that is ready for a device. */
-   ql_poe_port* enable( int number ) {
-      auto port = add( number );
+   ql_poe_port* enable( int number, const std::map<std::string, std::string>& driverArgs = {} ) {
+      auto port = add( number, driverArgs );
       EXPECT_EQ( port->ops->port_init( port ), QL_STATUS_OK );
       EXPECT_EQ( port->ops->set_pse( port, true ), QL_STATUS_OK );
       time.advance( 3s );
@@ -354,6 +357,23 @@ TEST_F( PoeBoard, APortIsShutOffWithTheSupplyThatItMinds ) {
    EXPECT_EQ( stateOf( port ).port, QL_POE_PORT_POWERED );
 }
 
+TEST_F( PoeBoard, EachSupplyHasItsBitOfTheShutOffInputs ) {
+   auto port = enable( 7 );
+   const std::pair<uint8_t, const char*> rows[] = { { 0, "ok 0x02" }, { 1, "ok 0x04" }, { 2, "ok 0x10" } };
+   for ( auto& [psu, mask] : rows ) {
+      EXPECT_EQ( port->ops->set_shut_off_with_psu( port, psu, true ), QL_STATUS_OK );
+      EXPECT_EQ( bench( "get poe.port7.mpss" ), mask ) << +psu;
+      EXPECT_EQ( port->ops->set_shut_off_with_psu( port, psu, false ), QL_STATUS_OK );
+      EXPECT_EQ( bench( "get poe.port7.mpss" ), "ok 0x00" ) << +psu;
+   }
+}
+
+TEST_F( PoeBoard, AllSuppliesShareTheFirstShutOffInputWhenTheTopologySaysSo ) {
+   auto port = enable( 7, { { "mpssValueZero", "true" } } );
+   EXPECT_EQ( port->ops->set_shut_off_with_psu( port, 1, true ), QL_STATUS_OK );
+   EXPECT_EQ( bench( "get poe.port7.mpss" ), "ok 0x01" );
+}
+
 TEST_F( PoeBoard, LegacyDevicesAreFoundWhenTheHostWants ) {
    auto port = enable( 7 );
    bench( "poe 7 attach type=legacy draw=6" );
@@ -374,6 +394,72 @@ TEST_F( PoeBoard, AWrongCrcIsToldAtTheFourthPollAndCorrected ) {
    EXPECT_EQ( Emulator::control( board, "get poe.crc_reset" ), "ok 1" );
    EXPECT_TRUE( crcOf( port ) );
    EXPECT_EQ( bench( "get poe.crc_reset" ), "ok 0" );
+}
+
+TEST_F( PoeBoard, AWrongCrcIsToldAtOnceWhereThereIsFirmware ) {
+   auto port = enable( 41, { { "firmwarePath", "poe.bin" } } );
+   EXPECT_EQ( bench( "get poe.crc_reset" ), "ok 1" );
+   EXPECT_TRUE( crcOf( port ) );
+   // Channel 7 is in the last byte of the reply. It is corrected within a second.
+   time.advance( 3s );
+   EXPECT_EQ( Emulator::control( board, "set poe.group5.crc 0x80" ), "ok" );
+   bool ok = true;
+   EXPECT_EQ( port->ops->get_crc_status( port, &ok ), QL_STATUS_OK );
+   EXPECT_FALSE( ok );
+   EXPECT_TRUE( crcOf( port ) );
+   time.advance( 3s );
+   EXPECT_EQ( Emulator::control( board, "set poe.group4.crc 0xff" ), "ok" );
+   ok = false;
+   EXPECT_EQ( port->ops->get_crc_status( port, &ok ), QL_STATUS_OK );
+   EXPECT_TRUE( ok ) << "another group";
+}
+
+// Byte 2 is the port or the group of channels where it is no result, and the last byte the sum of the others.
+TEST_F( PoeBoard, ARawReportHoldsEveryReply ) {
+   auto port = enable( 48 );
+   bench( "poe 48 attach type=open/single class=4 draw=22.5" );
+   powerOn( port );
+   char* text = nullptr;
+   auto size = port->ops->debug_info( port, &text, true );
+   EXPECT_STREQ( text, "Port 48\n"
+                       "20 ff 2f 00 00 00 00 01 00 0a 05 5e\n"
+                       "21 ff 2f 02 00 04 00 00 00 02 01 58\n"
+                       "22 ff 2f 00 00 00 00 00 00 00 00 50\n"
+                       "23 ff 01 2c 1b bc 00 00 00 00 00 26\n"
+                       "25 ff 2f 01 00 02 00 00 00 00 00 56\n"
+                       "26 ff 2f 05 01 9b 00 00 00 00 00 f5\n"
+                       "27 ff 01 00 00 00 00 00 00 00 00 27\n"
+                       "2b ff 2f 00 00 00 00 1f 00 00 00 78\n"
+                       "2d ff 06 00 03 46 00 00 01 00 00 7c\n"
+                       "2e ff 2f 00 00 00 00 00 00 00 00 5c\n"
+                       "30 ff 2f 03 46 01 a1 00 bc 00 e1 e6\n"
+                       "3c ff 2f 00 00 00 e1 00 00 00 00 4b\n"
+                       "3d ff 2f 06 00 00 03 04 04 00 01 7d\n"
+                       "4f ff 01 00 00 00 00 00 00 00 00 4f\n" );
+   EXPECT_EQ( size, strlen( text ) );
+   free( text );
+}
+
+TEST_F( PoeBoard, AReportTellsTheChannelsOfA4PairPortApart ) {
+   auto port = enable( 48 );
+   bench( "poe 48 attach type=single/open class=4 draw=22.5" );
+   powerOn( port );
+   char* text = nullptr;
+   port->ops->get_information( port, &text );
+   std::string report = text;
+   free( text );
+   for ( auto line : {
+            "Primary channel power: 22.50W ",
+            "Alternative channel power: 0.00W ",
+            "Primary channel detection: valid ",
+            "Primary channel PD class: 4 ",
+            "Primary channel mode: 30W ",
+            "Alternative channel detection: open circuit ",
+            "Alternative channel PD class: 0 ",
+            "Alternative channel mode: n/a ",
+         } ) {
+      EXPECT_THAT( report, HasSubstr( std::string( "\n" ) + line ) );
+   }
 }
 
 TEST_F( PoeBoard, AReportHoldsNothingThatIsNotValid ) {
@@ -438,7 +524,7 @@ std::string firmware( char first, char second, size_t size ) {
 
 TEST_F( PoeBoard, FirmwareIsReplacedByAFileOfAnotherRevision ) {
    files.add( "poe.bin", firmware( 2, 0x2A, 1000 ) );
-   auto port = add( 1, "poe.bin" );
+   auto port = add( 1, { { "firmwarePath", "poe.bin" } } );
    ASSERT_EQ( port->ops->port_init( port ), QL_STATUS_OK );
    char* revision = nullptr;
    EXPECT_EQ( port->ops->reprogram_firmware( port, true, &revision ), QL_STATUS_OK );
@@ -455,7 +541,7 @@ TEST_F( PoeBoard, FirmwareIsReplacedByAFileOfAnotherRevision ) {
 
 TEST_F( PoeBoard, AnEmptyImageDoesNotRun ) {
    files.add( "poe.bin", "\x09\x09" );
-   auto port = add( 1, "poe.bin" );
+   auto port = add( 1, { { "firmwarePath", "poe.bin" } } );
    ASSERT_EQ( port->ops->port_init( port ), QL_STATUS_OK );
    char* revision = nullptr;
    EXPECT_EQ( port->ops->reprogram_firmware( port, false, &revision ), QL_STATUS_DEVICE_ERROR );
@@ -467,7 +553,7 @@ TEST_F( PoeBoard, AnEmptyImageDoesNotRun ) {
 
 TEST_F( PoeBoard, StartUpLoadsTheFirmwareThatTheControllerHasLost ) {
    files.add( "poe.bin", firmware( 7, 0x11, 500 ) );
-   auto port = add( 1, "poe.bin" );
+   auto port = add( 1, { { "firmwarePath", "poe.bin" } } );
    EXPECT_EQ( bench( "poe chip lose-firmware" ), "ok" );
    EXPECT_EQ( port->ops->port_init( port ), QL_STATUS_OK );
    EXPECT_EQ( bench( "get poe.firmware" ), "ok 0x07.11" );
