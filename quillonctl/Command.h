@@ -15,8 +15,18 @@ struct Argument {
    std::string ( *wanted )( const ObjectEntry& object, const std::string& text ) = nullptr;
 };
 
+/** Which objects a command is for. */
+enum class Scope {
+   /** Those that its first word, a name or a shell pattern, is for. */
+   Named,
+   /** All of the kind; the command's own word comes first. */
+   All,
+   /** The same, but of those that share a device the first. */
+   OnePerDevice
+};
+
 /**
- * Something that quillonctl does with one object: `fan NAME rpm 9000`. To add one, give its kind another row,
+ * Something that quillonctl does with objects: `fan NAME rpm 9000`. To add one, give its kind another row,
  * in the file of the kind; a kind without commands gets a table of them, named in its Kind, and the word that
  * they begin with. Help, checks of the words, completion, and output in text and JSON follow from the row.
  */
@@ -34,9 +44,14 @@ struct Command {
     * @return a value for each field, or a failure
     */
    Reading ( *run )( void* record, const ObjectEntry& object, const Arguments& arguments );
-   /** What to say when it is done, of {0}, the object's name, and {1}, the arguments; else the values show.
+   /**
+    * What to say when it is done, of {0}, the object's name, {1}, the arguments, and {2}, the values; else
+    * the values show.
     */
    std::string_view done = {};
+   Scope scope = Scope::Named;
+   /** Whether a reading is worth a row of the table; none where each is. */
+   bool ( *isWorthARow )( const Reading& reading ) = nullptr;
 };
 
 #endif

@@ -33,6 +33,7 @@ std::vector<Reading> Host::doWithEach( const Action& action ) {
    for ( size_t i = 0; i < count_; ++i ) {
       readings.push_back( doWith( objects_[i], action ) );
    }
+   progress_.shown.end();
    return readings;
 }
 

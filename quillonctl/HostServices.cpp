@@ -45,15 +45,20 @@ constexpr const char* echoes[] = {
    "Reading CPLD major version Register FAILED",
    "Updating reboot action config register to ",
    "Writing Reboot action config register FAILED",
+   "Error: Failed to write to PoE chip",
+   "Taking PoE chip out of reset failed.",
 };
 
 /** The first and the last line of a poll that fails; those that tell why stand between them. */
 constexpr const char* pollBegin = "SelvaneXcvr::updateRegisterCache()";
 constexpr const char* pollEnd = "Failed to poll information for SelvaneXcvr";
 
+/** Behind it an error code may stand, which is news. */
+constexpr const char* readFailed = "Error: Failed to read PoE chip";
+
 bool isEcho( const std::string& line ) {
-   return std::any_of(
-      std::begin( echoes ), std::end( echoes ), [&]( auto echo ) { return line.starts_with( echo ); } );
+   return line == readFailed || std::any_of( std::begin( echoes ), std::end( echoes ),
+                                   [&]( auto echo ) { return line.starts_with( echo ); } );
 }
 
 void record( const std::string& line ) {

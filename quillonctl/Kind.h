@@ -52,6 +52,22 @@ struct Reading {
    std::optional<Failure> failure;
 };
 
+/** All objects of a kind in a line or two, where they are too many to be shown unasked. */
+struct Summary {
+   /** Reads of an object what the summary needs, and the fields of the kind as far as that tells them. */
+   Reading ( *read )( void* record, const ObjectEntry& object );
+   std::string ( *text )( const std::vector<const Reading*>& readings );
+};
+
+/** Something that an operation of the library waits for. */
+struct Step {
+   /** How the trace line begins that the library gives before it. */
+   std::string_view trace;
+   std::string_view words;
+   /** How long it takes. */
+   unsigned seconds;
+};
+
 /** A kind of object: how it is made and how it is read. */
 struct Kind {
    /** As in objects.json and in the names of the entry functions. */
@@ -74,6 +90,10 @@ struct Kind {
    bool usesCpld = false;
    /** Whether there is but one such object, which commands do not name. */
    bool isSingle = false;
+   /** Null for a kind whose objects are always shown. */
+   const Summary* summary = nullptr;
+   /** The waits of its operations, for somebody who looks on; without any, nothing is shown of them. */
+   std::span<const Step> steps = {};
 };
 
 /** All kinds, in the order of the output. */
@@ -88,6 +108,7 @@ extern const Kind fanKind;
 extern const Kind slotKind;
 extern const Kind xcvrKind;
 extern const Kind ledKind;
+extern const Kind poePortKind;
 extern const Kind gpioKind;
 
 #endif

@@ -9,8 +9,6 @@ namespace {
 Reading readNothing( void*, const ObjectEntry& ) { return { {}, "ok", {} }; }
 
 constexpr Kind psuKind = { "psu", "Power supplies", {}, Calls::add<ql_psu>, readNothing };
-constexpr Kind poePortKind = { "poe_port", "PoE ports", {}, Calls::add<ql_poe_port>, readNothing, {}, {}, {},
-   true };
 
 constexpr std::array allKinds = { &systemKind, &tempSensorKind, &fanKind, &psuKind, &slotKind, &xcvrKind,
    &poePortKind, &ledKind, &gpioKind };

@@ -69,14 +69,21 @@ std::vector<std::string> namesOf( const Board& board, const Kind& kind ) {
    return names;
 }
 
-const ObjectEntry& find( const Board& board, const Kind& kind, const std::string& name ) {
-   auto found = std::find_if( board.objects.begin(), board.objects.end(),
-      [&]( auto& object ) { return object.kind == &kind && object.name == name; } );
-   if ( found == board.objects.end() ) {
-      throw InputError( { fmt::format( "the board {} has no {} {}; {}", board.name, kind.name, name,
-         suggestion( name, namesOf( board, kind ) ) ) } );
+std::vector<const ObjectEntry*> find( const Board& board, const Kind& kind, const std::string& pattern,
+   const std::vector<std::string>& others ) {
+   std::vector<const ObjectEntry*> found;
+   for ( auto& object : board.objects ) {
+      if ( object.kind == &kind && matches( pattern, object ) ) {
+         found.push_back( &object );
+      }
    }
-   return *found;
+   if ( found.empty() ) {
+      auto words = namesOf( board, kind );
+      words.insert( words.end(), others.begin(), others.end() );
+      throw InputError( { fmt::format(
+         "the board {} has no {} {}; {}", board.name, kind.name, pattern, suggestion( pattern, words ) ) } );
+   }
+   return found;
 }
 
 const ObjectEntry& theOnly( const Board& board, const Kind& kind ) {

@@ -15,8 +15,13 @@ std::vector<const ObjectEntry*> choose( const Board& board, const std::vector<st
 /** The names of the objects of a kind, in the board's order. */
 std::vector<std::string> namesOf( const Board& board, const Kind& kind );
 
-/** An object of a kind by its name. @throw InputError with the nearest names */
-const ObjectEntry& find( const Board& board, const Kind& kind, const std::string& name );
+/**
+ * The objects of a kind that a name or shell pattern is for, in the board's order, one at least.
+ * @param others words that might have been meant instead
+ * @throw InputError with the nearest names and words
+ */
+std::vector<const ObjectEntry*> find(
+   const Board& board, const Kind& kind, const std::string& pattern, const std::vector<std::string>& others );
 
 /** The object of a kind that there is one of, also on a board that doesn't ask for it. */
 const ObjectEntry& theOnly( const Board& board, const Kind& kind );

@@ -17,11 +17,26 @@ struct StatusLine {
 /** Writes a text as a whole, so that no reader ever sees half of it. @throw std::system_error */
 void write( const std::string& text );
 
-/** A table for each kind that is there, for people. */
-std::string asText( const std::vector<StatusLine>& lines, bool coloured );
+/**
+ * A table for each kind that is there, for people.
+ * @param isBrief a kind that has a summary gets that instead
+ */
+std::string asText( const std::vector<StatusLine>& lines, bool coloured, bool isBrief );
 
-/** What was read of one object: a single value as it is, several as a table, long texts behind it. */
-std::string valuesAsText( const StatusLine& line );
+/**
+ * What was read of objects with the same fields: the single value of a single object as it is, everything
+ * else as a table, long texts behind it.
+ */
+std::string valuesAsText( const std::vector<StatusLine>& lines );
+
+/** The texts that are too long for a table, with an empty line between them. */
+std::string longTextsOf( const std::vector<StatusLine>& lines );
+
+/** The values of a line, but for long texts, as a table shows them. */
+std::vector<std::string> cellsOf( const StatusLine& line );
+
+/** Says which objects failed, and why; those that failed alike in one sentence, where they are many. */
+void complainOf( const std::vector<const StatusLine*>& failed );
 
 /** One JSON document in one line. */
 std::string asJson(

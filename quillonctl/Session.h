@@ -20,7 +20,8 @@ public:
       : options_( options ), board_( board ), objects_( std::move( objects ) ) {}
 
    /**
-    * Does the work, again after each end of the library that was about an object, which has failed then.
+    * Does the work, again after each end of the library that was about an object, which has failed then. On
+    * a terminal it is told what is waited for, if that takes long.
     * @return exit status
     */
    int run( const Work& work, const WithoutLibrary& withoutLibrary );

@@ -26,7 +26,8 @@ public:
       : options_( options )
       , status_( status )
       , board_( Board::load( options.board ) )
-      , chosen_( choose( board_, status.names ) ) {}
+      , chosen_( choose( board_, status.names ) )
+      , isBrief_( status.names.empty() ) {}
 
    int run() {
       return Session( options_, board_, chosen_ )
@@ -39,9 +40,18 @@ private:
       return object.kind->read( record, object );
    }
 
+   /** Objects that nobody has named, for people: those of some kinds are summed up. */
+   static Reading readBriefly( void* record, const ObjectEntry& object ) {
+      return object.kind->summary ? object.kind->summary->read( record, object ) : read( record, object );
+   }
+
+   std::vector<Reading> readAll( Host& host ) const {
+      return host.doWithEach( isBrief_ && !options_.json ? readBriefly : read );
+   }
+
    int showRounds( Host& host, Supervisor::Progress& progress ) {
       if ( !status_.interval ) {
-         return showRound( host.doWithEach( read ), true ) ? exitGood : exitFailure;
+         return showRound( readAll( host ), true ) ? exitGood : exitFailure;
       }
       eventLoop().catchStop();
       auto interval = std::chrono::duration_cast<EventLoop::Clock::duration>(
@@ -49,7 +59,7 @@ private:
       auto next = EventLoop::Clock::now();
       auto good = true;
       for ( ;; ) {
-         good = showRound( host.doWithEach( read ), progress.rounds == 0 ) && good;
+         good = showRound( readAll( host ), progress.rounds == 0 ) && good;
          ++progress.rounds;
          if ( progress.rounds == status_.count ) {
             break;
@@ -70,22 +80,25 @@ private:
          lines.push_back( { chosen_[i], chosen_[i]->kind->fields, readings[i] } );
       }
       write( options_.json ? asJson( board_.name, lines, {} )
-                           : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome() ) );
+                           : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome(), isBrief_ ) );
       return complainOf( lines );
    }
 
    /** Tells each failure when it comes up, not again in every round. */
    bool complainOf( const std::vector<StatusLine>& lines ) {
       auto good = true;
-      for ( auto& [object, fields, reading] : lines ) {
-         auto& told = told_[object];
-         auto message = reading.failure ? reading.failure->message : "";
-         if ( !message.empty() && message != told ) {
-            complain( fmt::format( "{}: {}", object->name, message ) );
+      std::vector<const StatusLine*> failed;
+      for ( auto& line : lines ) {
+         auto& told = told_[line.object];
+         auto& failure = line.reading.failure;
+         auto message = failure ? failure->message : "";
+         if ( failure && message != told ) {
+            failed.push_back( &line );
          }
          told = message;
-         good = good && !reading.failure;
+         good = good && !failure;
       }
+      ::complainOf( failed );
       return good;
    }
 
@@ -107,6 +120,7 @@ private:
    const StatusOptions& status_;
    const Board board_;
    const std::vector<const ObjectEntry*> chosen_;
+   const bool isBrief_;
    std::map<const ObjectEntry*, std::string> told_;
 };
 

@@ -35,7 +35,7 @@ std::unique_ptr<Progress, Unmap> sharedProgress() {
    if ( memory == MAP_FAILED ) {
       failed( "mmap" );
    }
-   return std::unique_ptr<Progress, Unmap>( new ( memory ) Progress { Progress::noObject, 0, {} } );
+   return std::unique_ptr<Progress, Unmap>( new ( memory ) Progress { Progress::noObject, 0, {}, {} } );
 }
 
 /** Holds back the signals that `run` waits for, as long as it exists. */
@@ -58,10 +58,10 @@ public:
 
    void release() { sigprocmask( SIG_SETMASK, &before_, nullptr ); }
 
+   /** @return the number of a signal, or -1 when none came for a while */
    int wait() {
-      auto number = 0;
-      sigwait( &held_, &number );
-      return number;
+      constexpr timespec tick { .tv_sec = 0, .tv_nsec = 200'000'000 };
+      return sigtimedwait( &held_, nullptr, &tick );
    }
 
 private:
@@ -70,9 +70,13 @@ private:
 };
 
 /** Waits for the end of the child. @return its wait status */
-int waitFor( pid_t child, HeldSignals& signals ) {
+int waitFor( pid_t child, HeldSignals& signals, const std::function<void()>& onTick ) {
    for ( ;; ) {
       auto number = signals.wait();
+      if ( number < 0 ) {
+         onTick();
+         continue;
+      }
       if ( number != SIGCHLD ) {
          kill( child, number );
       }
@@ -107,7 +111,8 @@ std::string reasonOf( int number, const Progress& progress ) {
 
 } // namespace
 
-int run( const std::function<int( Progress& )>& work, const std::function<void( const Crash& )>& onCrash ) {
+int run( const std::function<int( Progress& )>& work, const std::function<void( const Crash& )>& onCrash,
+   const std::function<void( Progress& )>& onTick ) {
    auto progress = sharedProgress();
    HeldSignals signals;
    auto parent = getpid();
@@ -125,7 +130,8 @@ int run( const std::function<int( Progress& )>& work, const std::function<void( 
          signals.release();
          exit( work( *progress ) );
       }
-      auto status = waitFor( child, signals );
+      auto status = waitFor( child, signals, [&] { onTick( *progress ); } );
+      progress->shown.takeAway();
       if ( WIFEXITED( status ) ) {
          return WEXITSTATUS( status );
       }

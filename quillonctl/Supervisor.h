@@ -2,6 +2,7 @@
 #define SUPERVISOR_H
 
 #include "HostServices.h"
+#include "ProgressLine.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,7 @@ struct Progress {
    unsigned rounds;
    /** The last line that the library has traced. */
    HostServices::LastLine line;
+   ProgressLine shown;
 };
 
 /** An end of the child by a signal that nobody sent. */
@@ -40,10 +42,12 @@ struct Crash {
  * handed on to the child.
  * @param work its result is the exit status; it must leave out the objects of earlier crashes
  * @param onCrash is told of each crash, in this process
+ * @param onTick is called several times a second while the child runs, in this process; may be empty
  * @return the exit status of the child that came to its end
  * @throw HostError for a crash that was about no object
  */
-int run( const std::function<int( Progress& )>& work, const std::function<void( const Crash& )>& onCrash );
+int run( const std::function<int( Progress& )>& work, const std::function<void( const Crash& )>& onCrash,
+   const std::function<void( Progress& )>& onTick );
 
 } // namespace Supervisor
 

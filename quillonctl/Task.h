@@ -7,9 +7,10 @@
 #include <string>
 #include <vector>
 
-/** A command as it was given: what to do with which object. */
+/** A command as it was given: what to do with which objects. */
 struct Task {
-   const ObjectEntry* object;
+   /** At least one. */
+   std::vector<const ObjectEntry*> objects;
    const Command* command;
    Arguments arguments;
 };
@@ -22,6 +23,9 @@ Task taskOf( const Board& board, const Kind& kind, const std::vector<std::string
 
 /** How a command is written: "fan NAME rpm RPM". */
 std::string formOf( const Kind& kind, const Command& command );
+
+/** The words of a kind's commands that are flags on the command line: "--all". */
+std::vector<std::string> flagsOf( const Kind& kind );
 
 /** What may follow some words behind the word of a kind's commands. */
 std::vector<std::string> nextWords(

@@ -62,9 +62,12 @@ constexpr StateColour colours[] = {
    { "critical", "\033[1;31m" },
    { "stalled", "\033[1;31m" },
    { "fault", "\033[1;31m" },
+   { "overload", "\033[1;31m" },
    { "alert", "\033[33m" },
    { "absent", "\033[2m" },
+   { "disabled", "\033[2m" },
    { "ok", "\033[32m" },
+   { "powered", "\033[32m" },
 };
 
 const char* colourOf( const Reading& reading ) {
@@ -98,10 +101,8 @@ Row headingsOf( Fields fields ) {
 }
 
 Row rowOf( const StatusLine& line ) {
-   Row row { line.object->name };
-   for ( auto column : columnsOf( line.fields ) ) {
-      row.push_back( textOf( line.reading.values[column], line.fields[column] ) );
-   }
+   auto row = cellsOf( line );
+   row.insert( row.begin(), line.object->name );
    return row;
 }
 
@@ -142,32 +143,58 @@ std::string tableOf( const std::vector<const StatusLine*>& lines, bool coloured 
 
 } // namespace
 
-std::string asText( const std::vector<StatusLine>& lines, bool coloured ) {
+std::string asText( const std::vector<StatusLine>& lines, bool coloured, bool isBrief ) {
    std::string text;
    for ( auto kind : kinds() ) {
       std::vector<const StatusLine*> ofKind;
+      std::vector<const Reading*> readings;
       for ( auto& line : lines ) {
          if ( line.object->kind == kind ) {
             ofKind.push_back( &line );
+            readings.push_back( &line.reading );
          }
       }
       if ( !ofKind.empty() ) {
-         text +=
-            fmt::format( "{}{}\n{}", text.empty() ? "" : "\n", kind->title, tableOf( ofKind, coloured ) );
+         text += fmt::format( "{}{}\n{}", text.empty() ? "" : "\n", kind->title,
+            isBrief && kind->summary ? kind->summary->text( readings ) : tableOf( ofKind, coloured ) );
       }
    }
    return text.empty() ? "The board has no objects.\n" : text;
 }
 
-std::string valuesAsText( const StatusLine& line ) {
-   if ( line.fields.size() == 1 ) {
-      return textOf( line.reading.values.front(), line.fields.front() ) + '\n';
+std::string valuesAsText( const std::vector<StatusLine>& lines ) {
+   auto fields = lines.front().fields;
+   if ( lines.size() == 1 && fields.size() == 1 ) {
+      return textOf( lines.front().reading.values.front(), fields.front() ) + '\n';
    }
-   auto text = tableOf( { &line }, false );
-   for ( size_t i = 0; i < line.fields.size(); ++i ) {
-      if ( line.fields[i].heading.empty() ) {
-         text += '\n' + textOf( line.reading.values[i], line.fields[i] );
+   std::vector<const StatusLine*> rows;
+   for ( auto& line : lines ) {
+      rows.push_back( &line );
+   }
+   auto texts = longTextsOf( lines );
+   if ( columnsOf( fields ).empty() ) {
+      return texts;
+   }
+   return tableOf( rows, false ) + ( texts.empty() ? "" : "\n" + texts );
+}
+
+std::string longTextsOf( const std::vector<StatusLine>& lines ) {
+   std::string texts;
+   for ( auto& [object, fields, reading] : lines ) {
+      for ( size_t i = 0; i < fields.size(); ++i ) {
+         if ( fields[i].heading.empty() && std::holds_alternative<std::string>( reading.values[i] ) ) {
+            auto text = textOf( reading.values[i], fields[i] );
+            texts += ( texts.empty() ? "" : "\n" ) + text + ( text.ends_with( '\n' ) ? "" : "\n" );
+         }
       }
    }
-   return text;
+   return texts;
+}
+
+std::vector<std::string> cellsOf( const StatusLine& line ) {
+   Row row;
+   for ( auto column : columnsOf( line.fields ) ) {
+      row.push_back( textOf( line.reading.values[column], line.fields[column] ) );
+   }
+   return row;
 }

@@ -29,6 +29,8 @@ Examples:
   quillonctl --json status | jq .objects     for scripts
   quillonctl fan fan1 rpm 9000               asks a fan for a speed
   quillonctl xcvr sfp1                       the signals of a module
+  quillonctl poe status                      the PoE ports that have something plugged in
+  quillonctl poe 'port[1-8]' on              power for eight ports
   quillonctl emu set inlet.temperature 71.5  warms a sensor of the emulated board)";
 
 std::string besideProgram( const char* path ) {
@@ -129,6 +131,7 @@ public:
       prepare();
       for ( auto& [kind, command] : objectCommands_ ) {
          if ( command->parsed() ) {
+            words_.insert( words_.end(), flags_.begin(), flags_.end() );
             return objectCommand( options_, *kind, words_ );
          }
       }
@@ -150,6 +153,10 @@ private:
    void addCommandsOf( const Kind& kind ) {
       auto command = app_.add_subcommand( std::string( kind.command ), std::string( kind.help ) );
       command->add_option( "WORDS", words_, "See below" )->type_name( "" );
+      for ( auto& flag : ::flagsOf( kind ) ) {
+         // A word like the others, which stands behind them.
+         command->add_flag_callback( flag, [this, flag] { flags_.push_back( flag ); } )->group( "" );
+      }
       std::string forms = "\nCommands:\n";
       for ( auto& row : kind.commands ) {
          forms += fmt::format( "  quillonctl {}\n      {}\n", formOf( kind, row ), row.help );
@@ -217,6 +224,7 @@ private:
    std::map<const Kind*, CLI::App*> objectCommands_;
    /** What stands behind the word of a command for one object. */
    std::vector<std::string> words_;
+   std::vector<std::string> flags_;
 };
 
 } // namespace

@@ -410,7 +410,7 @@ TEST_F( Host, LetsATimerDeleteItself ) {
 TEST_F( Host, ListsEveryKindOfObject ) {
    auto objects = scriptedObject( "system", "switch", "" );
    for ( auto& [kind, script] : { std::pair( "fan", "is 9300" ), std::pair( "psu", "silent" ),
-            std::pair( "slot", "" ), std::pair( "xcvr", "is 4" ), std::pair( "poe_port", "" ),
+            std::pair( "slot", "" ), std::pair( "xcvr", "is 4" ), std::pair( "poe_port", "is 4" ),
             std::pair( "led", "" ), std::pair( "gpio", "is 1" ) } ) {
       objects += "," + scriptedObject( kind, fmt::format( "{}1", kind ), script );
    }
@@ -437,8 +437,7 @@ TEST_F( Host, ListsEveryKindOfObject ) {
                           "NAME   PRESENT  TX FAULT  RX LOS  TX DISABLE  STATUS\n"
                           "xcvr1  yes      no        yes     no          ok\n"
                           "\nPoE ports\n"
-                          "NAME       STATUS\n"
-                          "poe_port1  ok\n"
+                          "1 port: 1 powered; 22.1 W\n"
                           "\nLEDs\n"
                           "NAME  SETTABLE  STATUS\n"
                           "led1  yes       ok\n"

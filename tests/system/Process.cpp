@@ -53,7 +53,7 @@ Pair makeTerminal() {
 
 Process::Process( const Arguments& command, const Environment& environment, Output output ) {
    auto out = output == Output::Terminal ? makeTerminal() : makePipe();
-   auto err = makePipe();
+   auto err = output == Output::ErrorTerminal ? makeTerminal() : makePipe();
    pid_ = fork();
    EXPECT_GE( pid_, 0 );
    if ( pid_ == 0 ) {

@@ -26,7 +26,8 @@ public:
    using Environment = std::map<std::string, std::optional<std::string>>;
    using Arguments = std::vector<std::string>;
 
-   enum class Output { Pipe, Terminal };
+   /** Where stdout goes, or with `ErrorTerminal` stderr; the other goes into a pipe. */
+   enum class Output { Pipe, Terminal, ErrorTerminal };
 
    Process( const Arguments& command, const Environment& environment, Output output = Output::Pipe );
    ~Process();

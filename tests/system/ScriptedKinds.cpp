@@ -1,34 +1,23 @@
-// The kinds of the scripted plug-in but for temperature sensors. What is written shows as a trace line.
+// The kinds of the scripted plug-in but for temperature sensors and PoE ports. What is written shows as a
+// trace line.
 
-#include "Script.h"
+#include "ScriptedKinds.h"
 
 #include <cstdio>
 #include <cstring>
-#include <map>
 #include <string>
 
-namespace {
-
-/** The scripts by record: a system has no pointer for its own. */
 std::map<const void*, Script>& scripts() {
    static std::map<const void*, Script> all;
    return all;
 }
 
-template <typename Record, typename Ops>
-Record* add( const char* args, const Ops* ops ) {
-   auto script = scriptOf( args );
-   if ( !begin( script ) ) {
-      return nullptr;
-   }
-   // As with a real plug-in, objects live until the process ends.
-   auto record = new Record {};
-   record->ops = script.word == "noTable" ? nullptr : ops;
-   scripts()[record] = script;
-   return record;
+ql_status set( const void* record, const char* what, int value ) {
+   ql_trace( 4, "%s %d", what, value );
+   return answer( scriptOfRecord( record ) );
 }
 
-const Script& scriptOfRecord( const void* record ) { return scripts().at( record ); }
+namespace {
 
 /** A signal or value that was asked for: the script's number. */
 template <typename Number>
@@ -39,11 +28,6 @@ ql_status get( const void* record, Number* value ) {
       *value = static_cast<Number>( script.number );
    }
    return status;
-}
-
-ql_status set( const void* record, const char* what, int value ) {
-   ql_trace( 4, "%s %d", what, value );
-   return answer( scriptOfRecord( record ) );
 }
 
 ql_status getRpm( ql_fan* fan, int* rpm ) { return get( fan, rpm ); }
@@ -143,25 +127,21 @@ const ql_system_ops systemOps = { sizeof( ql_system_ops ), nullptr, nullptr, rel
 
 const ql_psu_ops psuOps = { sizeof( ql_psu_ops ), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
    nullptr, nullptr };
-const ql_poe_port_ops poePortOps = { sizeof( ql_poe_port_ops ), {}, {}, {}, {}, {}, {}, {}, {}, {}, {}, {},
-   {}, {}, {}, {}, {} };
 
 } // namespace
 
-ql_system* ql_system_add( const char* args ) { return add<ql_system>( args, &systemOps ); }
+ql_system* ql_system_add( const char* args ) { return addScripted<ql_system>( args, &systemOps ); }
 
-ql_fan* ql_fan_add( const char* args ) { return add<ql_fan>( args, &fanOps ); }
+ql_fan* ql_fan_add( const char* args ) { return addScripted<ql_fan>( args, &fanOps ); }
 
-ql_psu* ql_psu_add( const char* args ) { return add<ql_psu>( args, &psuOps ); }
+ql_psu* ql_psu_add( const char* args ) { return addScripted<ql_psu>( args, &psuOps ); }
 
-ql_led* ql_led_add( const char* args ) { return add<ql_led>( args, &ledOps ); }
+ql_led* ql_led_add( const char* args ) { return addScripted<ql_led>( args, &ledOps ); }
 
-ql_slot* ql_slot_add( const char* args ) { return add<ql_slot>( args, &slotOps ); }
+ql_slot* ql_slot_add( const char* args ) { return addScripted<ql_slot>( args, &slotOps ); }
 
-ql_gpio* ql_gpio_add( const char* args ) { return add<ql_gpio>( args, &gpioOps ); }
-
-ql_poe_port* ql_poe_port_add( const char* args ) { return add<ql_poe_port>( args, &poePortOps ); }
+ql_gpio* ql_gpio_add( const char* args ) { return addScripted<ql_gpio>( args, &gpioOps ); }
 
 ql_xcvr* ql_xcvr_add( const char* args ) {
-   return add<ql_xcvr>( args, new ql_xcvr_ops( xcvrOps( scriptOf( args ) ) ) );
+   return addScripted<ql_xcvr>( args, new ql_xcvr_ops( xcvrOps( scriptOf( args ) ) ) );
 }

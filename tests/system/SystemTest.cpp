@@ -40,6 +40,10 @@ Result SystemTest::runOnTerminal( const Process::Arguments& arguments ) const {
    return Process( commandOf( arguments ), environment, Process::Output::Terminal ).wait();
 }
 
+Result SystemTest::runBeforeSomebody( const Process::Arguments& arguments ) const {
+   return Process( commandOf( arguments ), environment, Process::Output::ErrorTerminal ).wait();
+}
+
 Process SystemTest::start( const Process::Arguments& arguments ) const {
    return Process( commandOf( arguments ), environment );
 }

@@ -18,6 +18,8 @@ protected:
    /** quillonctl with these arguments, to its end. */
    Result run( const Process::Arguments& arguments ) const;
    Result runOnTerminal( const Process::Arguments& arguments ) const;
+   /** With stderr on a terminal, which makes "\\r\\n" of a line end. */
+   Result runBeforeSomebody( const Process::Arguments& arguments ) const;
    Process start( const Process::Arguments& arguments ) const;
 
    void write( const std::string& file, const std::string& text ) const;
