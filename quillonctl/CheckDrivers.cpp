@@ -83,6 +83,12 @@ constexpr Want gpio[] = {
    { "bitpos", Form::Integer, 0, lastBit },
 };
 
+/** Numbers of one byte are the schema's affair; the driver cuts the rest to a register of the CPLD. */
+constexpr Want poePort[] = {
+   { "resetReg", Form::Integer, 0, lastRegister, false },
+   { "mpssValueZero", Form::Flag, 0, 0, false },
+};
+
 struct Maker {
    const char* kind;
    const char* driver;
@@ -97,7 +103,7 @@ constexpr Maker makers[] = {
    { "xcvr", "SelvaneXcvr", xcvr },
    { "led", "SelvanePortLed", portLed },
    { "led", "SelvaneSystemLed", systemLed },
-   { "poe_port", "BCM59121", {} },
+   { "poe_port", "BCM59121", poePort },
 };
 
 std::optional<int64_t> integerOf( const Value& value ) {
@@ -182,6 +188,50 @@ const Value& valuesOf( const Value& args ) {
    return values && values->IsObject() ? *values : none;
 }
 
+/** What the numbers of a PoE port must be to each other, where each by itself is right. */
+class PoePortCheck {
+public:
+   PoePortCheck(
+      const JsonFile& file, const std::string& pointer, const Value& values, std::vector<Finding>& findings )
+      : file_( file ), pointer_( under( pointer, "driverArgs" ) ), values_( values ), findings_( findings ) {}
+
+   void run() {
+      auto ports = number( "numPorts" );
+      if ( number( "portId" ) >= ports ) {
+         find( "portId",
+            fmt::format( "must be below the number of ports, {}, not {}", *ports, *number( "portId" ) ) );
+      }
+      if ( number( "numAtPorts" ) > ports ) {
+         find( "numAtPorts", fmt::format( "must not be above the number of ports, {}, but is {}", *ports,
+                                *number( "numAtPorts" ) ) );
+      }
+      // With one alone the driver leaves the controller in reset.
+      needsOther( "resetReg", "outOfResetVal" );
+      needsOther( "outOfResetVal", "resetReg" );
+   }
+
+private:
+   std::optional<int64_t> number( const char* key ) const {
+      auto value = member( values_, key );
+      return value ? integerOf( *value ) : std::nullopt;
+   }
+
+   void needsOther( const char* key, const char* other ) {
+      if ( number( key ) && !number( other ) ) {
+         find( key, fmt::format( "does nothing without the key \"{}\"", other ) );
+      }
+   }
+
+   void find( const char* key, const std::string& reason ) {
+      findings_.push_back( file_.at( under( pointer_, key ), reason ) );
+   }
+
+   const JsonFile& file_;
+   std::string pointer_;
+   const Value& values_;
+   std::vector<Finding>& findings_;
+};
+
 } // namespace
 
 void driverArguments( const JsonFile& file, const std::string& pointer, const std::string& kind,
@@ -203,6 +253,9 @@ void driverArguments( const JsonFile& file, const std::string& pointer, const st
          findings.push_back( file.at(
             under( under( pointer, "driverArgs" ), want.key ), Schema::mismatch( *wanted, *value ) ) );
       }
+   }
+   if ( kind == "poe_port" ) {
+      PoePortCheck( file, pointer, values, findings ).run();
    }
    if ( !missing.empty() ) {
       auto place = member( args, "driverArgs" ) ? under( pointer, "driverArgs" ) : pointer;

@@ -345,6 +345,38 @@ INSTANTIATE_TEST_SUITE_P( PoePorts, WrongDocument,
          object(
             R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8.5 } } })" ),
          { R"(objects.json:2:163: /objects/0/args/driverArgs/numAtPorts: must be a number from 0 to 255, not 8.5)" } },
+      { "PoePortIdBeyondThePorts",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": "12", "numPorts": 12, "numAtPorts": 8 } } })" ),
+         { R"(objects.json:2:133: /objects/0/args/driverArgs/portId: must be below the number of ports, 12, not 12)" } },
+      { "PoePortOfNone",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 0, "numPorts": 0, "numAtPorts": 0 } } })" ),
+         { R"(objects.json:2:133: /objects/0/args/driverArgs/portId: must be below the number of ports, 0, not 0)" } },
+      { "PoePortsOfTwoPairsTooMany",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 13 } } })" ),
+         { R"(objects.json:2:166: /objects/0/args/driverArgs/numAtPorts: must not be above the number of ports, 12, but is 13)" } },
+      { "PoePortResetRegisterTooHigh",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8, "outOfResetVal": 0,
+"resetReg": "99999999999" } } })" ),
+         { R"(objects.json:3:13: /objects/0/args/driverArgs/resetReg: must be an integer from 0 to 255, or a text of its digits, not "99999999999")" } },
+      { "PoePortResetWithoutValue",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8,
+"resetReg": 5 } } })" ),
+         { R"(objects.json:3:13: /objects/0/args/driverArgs/resetReg: does nothing without the key "outOfResetVal")" } },
+      { "PoePortResetWithoutRegister",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8,
+"outOfResetVal": 0 } } })" ),
+         { R"(objects.json:3:18: /objects/0/args/driverArgs/outOfResetVal: does nothing without the key "resetReg")" } },
+      { "PoePortMaskNoFlag",
+         object(
+            R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "BCM59121", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8,
+"mpssValueZero": "True" } } })" ),
+         { R"(objects.json:3:18: /objects/0/args/driverArgs/mpssValueZero: must be true or false, not "True")" } },
       { "PoePortNoBlock",
          object(
             R"({ "kind": "poe_port", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "portId": 1, "numPorts": 12, "numAtPorts": 8, "firmwareDownloadSize": 1 } } })" ),
