@@ -16,7 +16,8 @@ protected:
       board = boardWith( sensor( "inlet", 1 ) + "," + scriptedObject( "fan", "fan1", "" ) + "," +
                          scriptedObject( "fan", "rack:fan2", "" ) + "," +
                          scriptedObject( "gpio", "poe.reset", "" ) + "," +
-                         scriptedObject( "led", "status", "" ) + "," + scriptedObject( "xcvr", "sfp1", "" ) );
+                         scriptedObject( "led", "status", "" ) + "," + scriptedObject( "xcvr", "sfp1", "" ) +
+                         "," + scriptedObject( "poe_port", "port1", "" ) );
       environment["QUILLON_BOARD"] = board;
    }
 
@@ -43,10 +44,10 @@ struct Line {
 
 TEST_F( Completion, OffersWhatMayFollow ) {
    const Line rows[] = {
-      { "", "status system fan slot xcvr led gpio emu" },
+      { "", "status system fan slot xcvr poe led gpio emu" },
       { "s", "status system slot" },
       { "stat", "status" },
-      { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1" },
+      { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },
       { "status f", "fan1" },
       { "status inlet --interval 2 fan", "fan1" },
       { "fan ", "fan1 rack:fan2" },
@@ -59,6 +60,11 @@ TEST_F( Completion, OffersWhatMayFollow ) {
       { "xcvr sfp1 tx-disable ", "on off" },
       { "xcvr sfp1 tx-disable on ", "" },
       { "gpio poe.reset ", "get set clear" },
+      { "poe ", "port1 status firmware" },
+      { "poe port1 ", "init pse on off limit legacy shutoff report" },
+      { "poe port1 shutoff ", "1 2 3" },
+      { "poe firmware ", "show update" },
+      { "poe status --a", "--all" },
       { "system ", "version reload-cause poe-reboot" },
       { "system poe-reboot ", "keep reset" },
       { "--json --trace 3 led status g", "good" },
