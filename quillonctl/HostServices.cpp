@@ -47,6 +47,8 @@ constexpr const char* echoes[] = {
    "Writing Reboot action config register FAILED",
    "Error: Failed to write to PoE chip",
    "Taking PoE chip out of reset failed.",
+   "Current firmware revision ",
+   "Skipping PoE firmware reprogram.",
 };
 
 /** The first and the last line of a poll that fails; those that tell why stand between them. */

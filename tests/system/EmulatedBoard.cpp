@@ -9,12 +9,12 @@ EmulatedBoardTest::EmulatedBoardTest() {
    startServer();
 }
 
-void EmulatedBoardTest::startServer() {
+void EmulatedBoardTest::startServer( const std::string& board ) {
    server.reset();
    std::filesystem::remove( folder / "control.sock" );
    auto program = std::filesystem::path( QUILLONCTL ).parent_path() / "quillon-smbusd";
-   server = std::make_unique<Process>( Process::Arguments { program, "--emulate", BOARDS "/selvane",
-                                          "--control", folder / "control.sock", "--log-level", "warning" },
+   server = std::make_unique<Process>( Process::Arguments { program, "--emulate", board, "--control",
+                                          folder / "control.sock", "--log-level", "warning" },
       environment );
    while ( !std::filesystem::exists( folder / "control.sock" ) ) {
       std::this_thread::sleep_for( std::chrono::milliseconds( 2 ) );

@@ -5,12 +5,13 @@
 
 #include <memory>
 
-/** quillonctl before the emulated board of the switch, which a server runs. */
+/** quillonctl before an emulated board, which a server runs. */
 class EmulatedBoardTest : public SystemTest {
 protected:
    EmulatedBoardTest();
 
-   void startServer();
+   /** @param board folder of the board, the switch's own unless a test has another */
+   void startServer( const std::string& board = BOARDS "/selvane" );
 
    /** A line for the emulated board, in words. */
    Result emu( const Process::Arguments& words ) const;
