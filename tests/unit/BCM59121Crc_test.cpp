@@ -103,6 +103,26 @@ TEST_F( Bcm59121Crc, ThreeFailingCrcPollsAreHidden ) {
    EXPECT_THAT( chip.takeSent(), ElementsAre( chipStatusQuery ) );
 }
 
+TEST_F( Bcm59121Crc, EachPortHasFailuresOfItsOwnToHide ) {
+   auto first = port( 5 );
+   auto second = port( 6 );
+   for ( bool expected : { true, true, true, false } ) {
+      EXPECT_EQ( pollCrc( first, 0 ), expected );
+   }
+   EXPECT_EQ( second->crcFailCountdown, 3 );
+   EXPECT_TRUE( pollCrc( second, 0 ) );
+   EXPECT_EQ( first->crcFailCountdown, 0 );
+}
+
+TEST_F( Bcm59121Crc, AFailedQueryLeavesTheStatusAlone ) {
+   for ( bool before : { true, false } ) {
+      bool ok = before;
+      chip.readStatuses[0x2D] = { QL_STATUS_FAILED };
+      EXPECT_EQ( driver->getCrcStatus( port( 5 ), &ok ), QL_STATUS_FAILED );
+      EXPECT_EQ( ok, before );
+   }
+}
+
 TEST_F( Bcm59121Crc, AnyBitOfTheCrcByteMeansThatItHasPassed ) {
    auto target = port( 5 );
    for ( int result : { 1, 2, 0x80, 0xFF } ) {

@@ -91,7 +91,9 @@ TEST( Bcm59121Formatters, TellEveryValueOfTheirTables ) {
       { "MPSS", getPortMpssStr, 3, "Port MPSS mask: ", 0, { { 0, "0x0000" }, { 0xC1, "0xc100" } } },
       { "MPSS", getPortMpssStr, 4, "Port MPSS mask: ", 0, { { 0x07, "0x0007" }, { 0xFF, "0x00ff" } } },
       { "voltage", getPortMeasurementStr, 3, "Voltage: ", 0, { { 0, "0.00V" }, { 1, "16.50V" } } },
-      { "voltage", getPortMeasurementStr, 4, "Voltage: ", 0, { { 1, "0.06V" }, { 255, "16.43V" } } },
+      // 6.44499... in double precision, where 100 * 64.45 * 0.001 would be 6.445
+      { "voltage", getPortMeasurementStr, 4, "Voltage: ", 0,
+         { { 1, "0.06V" }, { 100, "6.44V" }, { 255, "16.43V" } } },
       { "current", getPortMeasurementStr, 5, "Current: ", 1, { { 0, "0.00mA" }, { 255, "65280.00mA" } } },
       { "current", getPortMeasurementStr, 6, "Current: ", 1, { { 255, "255.00mA" } } },
       { "temperature", getPortMeasurementStr, 7, "Temperature: ", 2, { { 0, "275.00C" }, { 1, "-45.00C" } } },
@@ -219,6 +221,22 @@ TEST( Bcm59121Formatters, ALongFieldIsNotCut ) {
    std::vector<std::string> fields { field };
    EXPECT_EQ( Drivers::formatDebugStr( buffer.data(), 0, QL_STATUS_OK, reply, fields ), 70U );
    EXPECT_EQ( buffer.data(), field + "    valid\n" );
+}
+
+TEST( Bcm59121Formatters, AllKnowHowMuchOfTheReportIsUsed ) {
+   using namespace Drivers;
+   const ReportFormatter formatters[] = { getSysStatusStr, getPortStatusStr, getPortStatStr, getSysPowerStr,
+      getPortConfigStr, getPortConfigExtStr, getSysPowerManagementStr, getSysConfigStr, getCrcStatusStr,
+      getPortMpssStr, getPortMeasurementStr, getPortPerPairPowerStr, getPortPerPairStatusStr,
+      getCrcConfigQueryStr };
+   for ( size_t i = 0; i < std::size( formatters ); ++i ) {
+      auto reply = ScriptedPoeChip::reply( 0 );
+      char room[8] = "#######";
+      EXPECT_EQ( formatters[i]( QL_STATUS_OK, reply, room, 4096 ), 0U ) << i;
+      EXPECT_STREQ( room, "#######" ) << i;
+      EXPECT_GT( formatters[i]( QL_STATUS_OK, reply, room, 4095 ), 0U ) << i;
+      EXPECT_EQ( std::string( room, 8 ), std::string( "\0######", 8 ) ) << i << ": one place, for the zero";
+   }
 }
 
 TEST( Bcm59121Formatters, LinesEndWithTheReportsRoom ) {

@@ -351,8 +351,22 @@ TEST_F( Bcm59121Monitoring, ADualSignatureRequestNeedsAFourPairPort ) {
    for ( auto& row : rows ) {
       chip.answer( 0x21, { { 3, row.status }, { 10, row.mark } } );
       chip.answer( 0x3D, { { 3, row.primary }, { 7, row.alternative } } );
-      EXPECT_EQ( read( getPowerState, row.id ).state, row.state ) << row.name;
+      auto readings = read( getPowerState, row.id );
+      EXPECT_EQ( readings.state, row.state ) << row.name;
+      // The two channels of such a port only request.
+      auto channels = row.state == QL_POE_PORT_POWERED ? QL_POE_PORT_POWERED : QL_POE_PORT_REQUESTING;
+      EXPECT_EQ( readings.primaryState, channels ) << row.name;
+      EXPECT_EQ( readings.alternativeState, channels ) << row.name;
    }
+}
+
+TEST_F( Bcm59121Monitoring, AHostMayHaveOneStateForAll ) {
+   chip.answer( 0x21, { { 3, 6 }, { 10, 2 } } );
+   chip.answer( 0x3D, { { 3, 0x14 }, { 7, 0x14 } } );
+   auto state = noState;
+   ql_poe_port_pair_state pairs;
+   EXPECT_EQ( driver->getPowerState( port( 8 ), &state, &state, &state, &pairs ), QL_STATUS_OK );
+   EXPECT_EQ( state, QL_POE_PORT_REQUESTING ) << "the alternative channel's comes last";
 }
 
 TEST_F( Bcm59121Monitoring, APairStateIsTheChipsNumberUpToThree ) {
@@ -519,7 +533,7 @@ TEST_F( Bcm59121Monitoring, PowerIsInTenthsOfAWatt ) {
 }
 
 TEST_F( Bcm59121Monitoring, ShortRepliesReadAsZero ) {
-   // ends early.
+   // Each reply that is held ends early, or is empty.
    driver->poeCache[9].portStatus = std::string( "\x21\xFF\x09\x06", 4 );
    driver->poeCache[9].portStatusTime = { 1000, 0 };
    driver->poeCache[9].perPairStatusTime = { 1000, 0 };

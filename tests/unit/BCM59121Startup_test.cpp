@@ -14,6 +14,8 @@ using testing::IsEmpty;
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr const char* query = "20 FF 05 FF FF FF FF FF FF FF FF 1C";
 constexpr const char* global17 = "17 FF 00 FF FF FF FF FF FF FF FF 0E";
 constexpr const char* autocorrect = "4E FF 01 01 FF FF FF FF FF FF FF 48";
@@ -129,6 +131,24 @@ TEST_F( Bcm59121Startup, AFourPairPortsMessagesAreEachWaitedForAndRead ) {
       ElementsAreArray( together( { exchange( "12 FF 09 00 FF FF FF FF FF FF FF 13" ),
          exchange( "08 FF 09 00 FF FF FF FF FF FF FF 09" ), exchange( "1C FF 09 05 FF FF FF FF FF FF FF 22" ),
          exchange( "1E FF 09 00 FF FF FF FF FF FF FF 1F" ) } ) ) );
+}
+
+TEST_F( Bcm59121Startup, TheChipHasItsTimeAfterItIsTakenOutOfReset ) {
+   class NotingHam : public ScriptedHam {
+   public:
+      ql_status execute() override {
+         waitsBefore = VirtualTime::current->waits.size();
+         return ScriptedHam::execute();
+      }
+
+      size_t waitsBefore = 77;
+   } noting;
+
+   make( { { "resetReg", "5" }, { "outOfResetVal", "0" } } );
+   cpld.ham = &noting;
+   EXPECT_EQ( driver->portInit( port( 5 ) ), QL_STATUS_OK );
+   EXPECT_EQ( noting.waitsBefore, 0U );
+   EXPECT_EQ( time.waits.at( 0 ), 800ms );
 }
 
 TEST_F( Bcm59121Startup, OnlyFourPairPortsGetAPowerMode ) {

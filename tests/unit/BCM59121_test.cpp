@@ -1,6 +1,7 @@
 #include "Drivers/BCM59121.h"
 
 #include "BCM59121Test.h"
+#include "Components/Gpio.h"
 #include "ObjectLayout.h"
 
 #include <cstdlib>
@@ -187,6 +188,10 @@ TEST_F( Bcm59121, OffersPoePortsAndGpiosAlone ) {
    EXPECT_THROW( driver->newMux( args, 1 ), NotImplementedException );
    EXPECT_THROW( driver->newPsu( args ), NotImplementedException );
    EXPECT_THROW( driver->newSmbusProxy( args ), NotImplementedException );
+   args.driverArgs["register"] = "1";
+   args.driverArgs["bitpos"] = "0";
+   std::unique_ptr<Component::LogicalDevice::Gpio> gpio( driver->newGpio( args ) );
+   EXPECT_NE( gpio, nullptr );
    EXPECT_EQ( driver->expectedValues(), &Component::HardwareDevice::emptyExpectedValues );
 }
 
