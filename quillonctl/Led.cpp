@@ -15,6 +15,16 @@ Reading read( void* record, const ObjectEntry& ) {
    return { { Calls::hasSlot( led->ops, &ql_led_ops::set_light_setting ) }, "ok", {} };
 }
 
+/** There is nothing to read of an LED that would be worth a row for each. */
+std::string summarise( const std::vector<const Reading*>& readings ) {
+   auto failed = std::count_if(
+      readings.begin(), readings.end(), []( auto reading ) { return reading->failure.has_value(); } );
+   auto text = fmt::format( "{} LED{}", readings.size(), readings.size() == 1 ? "" : "s" );
+   return failed == 0 ? text + ": ok\n" : fmt::format( "{}: {} failed\n", text, failed );
+}
+
+constexpr Summary summary { read, summarise };
+
 /** In the order of ql_led_status. */
 const std::vector<std::string> settings = { "off", "good", "warning", "bad", "inactive", "unknown", "beacon",
    "release" };
@@ -42,4 +52,5 @@ const Command commands[] = {
 
 } // namespace
 
-const Kind ledKind = { "led", "LEDs", fields, Calls::add<ql_led>, read, "led", "Sets an LED", commands };
+const Kind ledKind = { "led", "LEDs", fields, Calls::add<ql_led>, read, "led", "Sets an LED", commands, false,
+   false, &summary };

@@ -439,8 +439,7 @@ TEST_F( Host, ListsEveryKindOfObject ) {
                           "\nPoE ports\n"
                           "1 port: 1 powered; 22.1 W\n"
                           "\nLEDs\n"
-                          "NAME  SETTABLE  STATUS\n"
-                          "led1  yes       ok\n"
+                          "1 LED: ok\n"
                           "\nGPIOs\n"
                           "NAME   VALUE  STATUS\n"
                           "gpio1  1      ok\n" );
