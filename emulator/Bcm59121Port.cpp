@@ -3,6 +3,7 @@
 #include "Bcm59121Detection.h"
 
 #include <algorithm>
+#include <span>
 
 namespace Emulator {
 
@@ -112,7 +113,7 @@ void Bcm59121Port::powerOff() {
 void Bcm59121Port::plug( const Bcm59121Device& device ) {
    bool isOther = device.type != device_.type;
    bool hasOtherClass = device.pdClass != device_.pdClass;
-   bool isGone = std::none_of( device.type.begin(), device.type.begin() + pairCount(), hasLoad );
+   bool isGone = std::ranges::none_of( std::span( device.type ).first( pairCount() ), hasLoad );
    device_ = device;
    if ( isPowered() && ( isGone || !isOther ) ) {
       checkLoad();

@@ -148,7 +148,7 @@ Outcome perPairPower( State& state, const Message& request, Message& reply ) {
 
 Outcome perPairStatus( State& state, const Message& request, Message& reply ) {
    auto& port = portOf( state, request );
-   for ( size_t pair : { 0, 1 } ) {
+   for ( size_t pair = 0; pair < 2; ++pair ) {
       auto channel = port.channel( pair );
       size_t offset = 3 + 4 * pair;
       reply.put( offset, channel.detection );

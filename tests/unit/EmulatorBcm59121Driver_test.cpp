@@ -7,7 +7,7 @@
 namespace {
 
 /** Leads each request to the controller, for which the test's clock has gone on. */
-class EmulatedHam : public Ham::Ham {
+class EmulatedHam final : public Ham::Ham {
 public:
    EmulatedHam( const VirtualTime& clock, Emulator::Controller& controller )
       : clock_( clock ), controller_( controller ), seen_( clock.now ) {}
