@@ -20,6 +20,11 @@ Host::Host( const std::string& pluginPath, const Board& board, const std::vector
       objects_[index].failure = failure;
    }
    HostServices::recordIn( progress_.line );
+   HostServices::listen( [&progress]( auto& line ) {
+      if ( auto step = findStep( line ) ) {
+         progress.step = step;
+      }
+   } );
    init( board.topology );
    for ( auto& object : objects_ ) {
       if ( !object.failure ) {
@@ -139,6 +144,7 @@ std::optional<Failure> Host::obstacle( const Object& object ) const {
 std::optional<std::string> Host::attempt( const Object& object, const std::function<void()>& call ) {
    HostServices::forgetLine();
    progress_.object = static_cast<size_t>( &object - objects_.data() );
+   progress_.step = nullptr;
    std::optional<std::string> thrown;
    try {
       call();

@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace HostServices {
 
@@ -19,6 +20,7 @@ int shownLevel = -1;
 LastLine ownLine {};
 LastLine* kept = &ownLine;
 std::string pollFailure;
+std::function<void( const std::string& )> hear = []( auto& ) {};
 
 /** Levels 0 to 3 tell of failures and of transport; above are entries of functions and register lines. */
 constexpr int deepestKept = 3;
@@ -69,6 +71,7 @@ void record( const std::string& line ) {
 }
 
 void take( int level, const std::string& line ) {
+   hear( line );
    if ( level <= shownLevel ) {
       fmt::print( stderr, "trace {}: {}\n", level, line );
    }
@@ -86,6 +89,8 @@ void take( int level, const std::string& line ) {
 void showTraces( int level ) { shownLevel = level; }
 
 void recordIn( LastLine& line ) { kept = &line; }
+
+void listen( std::function<void( const std::string& )> listener ) { hear = std::move( listener ); }
 
 std::string lastLine() { return kept->text; }
 

@@ -99,6 +99,9 @@ struct Kind {
 /** All kinds, in the order of the output. */
 std::span<const Kind* const> kinds();
 
+/** The step that a trace line begins, or null. */
+const Step* findStep( std::string_view line );
+
 /** The kind of a name, or null. */
 const Kind* findKind( std::string_view name );
 

@@ -30,6 +30,9 @@ std::string lastReason() {
       return line;
    }
    auto code = codeOf( line );
+   if ( code == 0 ) {
+      return "the reply is all zeros; in simulation there is no PoE controller";
+   }
    return code == noImage ? "the controller runs no firmware (error code 0xaf)"
                           : fmt::format( "the controller refuses it with the error code {:#04x}", code );
 }

@@ -70,6 +70,7 @@ constexpr Step steps[] = {
    { "Clearing current image", "clearing the firmware", 4 },
    { "Writing firmware", "writing the firmware", 1 },
    { "Loading firmware", "loading the firmware", 8 },
+   { "New firmware revision ", "starting the controller", 1 },
 };
 
 } // namespace

@@ -20,7 +20,7 @@ int Session::run( const Work& work, const WithoutLibrary& withoutLibrary ) {
    // Among trace lines it would be lost, and they tell more.
    auto isShown = isatty( STDERR_FILENO ) && options_.traceLevel < 0;
    auto onTick = [&]( Supervisor::Progress& progress ) {
-      auto text = isShown ? waiting.text( progress.object, progress.line.text ) : "";
+      auto text = isShown ? waiting.text( progress.object, progress.step ) : "";
       if ( !text.empty() ) {
          progress.shown.show( text );
       }

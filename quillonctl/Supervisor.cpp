@@ -35,7 +35,7 @@ std::unique_ptr<Progress, Unmap> sharedProgress() {
    if ( memory == MAP_FAILED ) {
       failed( "mmap" );
    }
-   return std::unique_ptr<Progress, Unmap>( new ( memory ) Progress { Progress::noObject, 0, {}, {} } );
+   return std::unique_ptr<Progress, Unmap>( new ( memory ) Progress { Progress::noObject, 0, {}, {}, {} } );
 }
 
 /** Holds back the signals that `run` waits for, as long as it exists. */

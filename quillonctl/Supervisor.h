@@ -2,8 +2,10 @@
 #define SUPERVISOR_H
 
 #include "HostServices.h"
+#include "Kind.h"
 #include "ProgressLine.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -26,6 +28,8 @@ struct Progress {
    unsigned rounds;
    /** The last line that the library has traced. */
    HostServices::LastLine line;
+   /** What the library waits for, or null; it has the same address in both processes. */
+   std::atomic<const Step*> step;
    ProgressLine shown;
 };
 

@@ -14,10 +14,10 @@ public:
 
    /**
     * @param object index of the object that the library works on; any other number for none
-    * @param line the last that it has traced
+    * @param step what it waits for, or null
     * @return such as "port1: loading the firmware, 3 of 8 s"; nothing where there is nothing to tell
     */
-   std::string text( size_t object, const std::string& line );
+   std::string text( size_t object, const Step* step );
 
 private:
    using Clock = std::chrono::steady_clock;

@@ -334,3 +334,13 @@ TEST_F( BoardCommands, WorkInSimulationToo ) {
    }
    EXPECT_THAT( run( { "--sim", "slot", "tray3" } ).out, HasSubstr( "fanTray.serialNum = 'SLVF0003'\n" ) );
 }
+
+TEST_F( BoardCommands, StartTheControllerAndStatusSumsItsPortsUp ) {
+   EXPECT_EQ( run( { "poe", "port1", "init" } ).out, "port1 was started\n" );
+
+   auto result = run( { "status" } );
+
+   EXPECT_THAT( result.out, HasSubstr( "\nPoE ports\n48 ports: 48 disabled; 0.0 W\n" ) );
+   EXPECT_EQ( result.err, "" );
+   EXPECT_EQ( result.exitStatus, 0 );
+}

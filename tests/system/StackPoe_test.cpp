@@ -123,6 +123,20 @@ TEST_F( StackPoe, CutsOffADeviceThatTakesMoreThanItMay ) {
    EXPECT_THAT( poe( { "port1", "report" } ).out, HasSubstr( "Overload count: 1  " ) );
 }
 
+TEST_F( StackPoe, ShowsAPortThatIsDeniedItsPower ) {
+   start( "port1" );
+   attach( 1, "class=4" );
+   await( 1, "requesting" );
+   doIt( { "emu", "set", "poe.budget", "20" } );
+   doIt( { "poe", "port1", "on" } );
+   await( 1, "denied" );
+
+   EXPECT_EQ( poe( { "status" } ).out,
+      "NAME   CLASS  POWER  VOLTAGE  CURRENT  TEMPERATURE  LIMITED BY  LIMIT  STATUS\n"
+      "port1  4      0.0 W    0.0 V  0.000 A      40.0 °C  class           -  detecting\n"
+      "8 ports: 1 detecting, 7 disabled; 0.0 W\n" );
+}
+
 TEST_F( StackPoe, CutsOffADeviceThatIsShorted ) {
    powerUp( 1, "class=3" );
    doIt( { "emu", "poe", "1", "short" } );
@@ -271,6 +285,18 @@ TEST_F( StackPoe, UpdatesTheFirmwareFromAFile ) {
       HasSubstr( R"("firmware":"0x03.01","previous_firmware":"0x03.01","state":"ok","error":null)" ) );
 }
 
+TEST_F( StackPoe, SaysThatNewFirmwareDoesNotRun ) {
+   // A revision without an image.
+   write( "firmware/poe.bin", "\x02\x07" );
+   doIt( { "poe", "port1", "init" } );
+
+   auto result = poe( { "firmware", "update" } );
+
+   EXPECT_EQ( result.err, "quillonctl: port1: cannot update the firmware: Failed to reprogram firmware\n" );
+   EXPECT_EQ( result.out, "" );
+   EXPECT_EQ( result.exitStatus, 1 );
+}
+
 TEST_F( StackPoe, UpdatesFirmwareThatWasLost ) {
    provideFirmware( "\x02\x07" );
    doIt( { "poe", "port1", "init" } );
@@ -296,6 +322,27 @@ TEST_F( StackPoe, TellsSomebodyWhatItWaitsFor ) {
    EXPECT_THAT( result.out, HasSubstr( "0x03.01" ) );
 }
 
+TEST_F( StackPoe, TellsSomebodyThatTheControllerStarts ) {
+   environment.erase( "LD_PRELOAD" );
+   startServer( POE_BOARD );
+
+   auto result = runBeforeSomebody( { "poe", "port[12]", "init" } );
+
+   EXPECT_THAT( result.err, HasSubstr( "\r\033[Kport1, 1 of 2: starting the controller, 0 of 1 s" ) );
+   EXPECT_THAT( result.err, EndsWith( "\r\033[K" ) );
+   EXPECT_EQ( result.out, "port1 was started\nport2 was started\n" );
+}
+
+TEST_F( StackPoe, ShowsTraceLinesInsteadOfWhatItWaitsFor ) {
+   provideFirmware( "\x03\x01" );
+   doIt( { "poe", "port1", "init" } );
+
+   auto result = runBeforeSomebody( { "--trace", "0", "poe", "firmware", "update" } );
+
+   EXPECT_THAT( result.err, HasSubstr( "trace 0: Loading firmware\r\n" ) );
+   EXPECT_THAT( result.err, Not( HasSubstr( "\033" ) ) );
+}
+
 TEST_F( StackPoe, SaysThatTheFirmwareFileIsMissing ) {
    doIt( { "poe", "port1", "init" } );
 
@@ -318,5 +365,29 @@ TEST_F( StackPoe, TellsTheEndOfTheLibraryThatFindsNoFirmwareFile ) {
    EXPECT_THAT(
       result.err, EndsWith( "quillonctl: port1: the library ended its process (Aborted) after "
                             "\"Unable to read PSE firmware file: /usr/share/firmware/poe.bin\"\n" ) );
+   EXPECT_EQ( result.exitStatus, 1 );
+}
+
+TEST_F( StackPoe, TakesItsLineAwayBeforeItTellsTheEndOfTheLibrary ) {
+   // Without a file the library ends when the controller has started, which takes its time.
+   environment.erase( "LD_PRELOAD" );
+   startServer( POE_BOARD );
+   doIt( { "poe", "port1", "init" } );
+   doIt( { "emu", "poe", "chip", "lose-firmware" } );
+
+   auto result = runBeforeSomebody( { "poe", "port1", "init" } );
+
+   EXPECT_THAT( result.err, HasSubstr( "\r\033[Kport1: starting the controller, 0 of 1 s" ) );
+   EXPECT_THAT(
+      result.err, HasSubstr( "\r\033[Kquillonctl: port1: the library ended its process (Aborted)" ) );
+}
+
+TEST_F( StackPoe, HasNoControllerInSimulation ) {
+   environment["QUILLON_BOARD"] = BOARDS "/selvane";
+
+   auto result = run( { "--sim", "poe", "port1" } );
+
+   EXPECT_EQ( result.err, "quillonctl: port1: cannot read the state: the reply is all zeros; in simulation "
+                          "there is no PoE controller\n" );
    EXPECT_EQ( result.exitStatus, 1 );
 }
