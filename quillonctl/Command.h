@@ -44,9 +44,7 @@ struct Command {
     * @return a value for each field, or a failure
     */
    Reading ( *run )( void* record, const ObjectEntry& object, const Arguments& arguments );
-   /**
-    * What to say when it is done, of {0}, the object's name, {1}, the arguments, and {2}, the values; else
-    * the values show.
+   /** What to say when it is done, of {0}, the object's name, and {1}, the arguments; else the values show.
     */
    std::string_view done = {};
    Scope scope = Scope::Named;

@@ -13,9 +13,9 @@
 namespace {
 
 /** What a command that went well has to say. */
-std::string answerOf( const Command& command, const Task& task, const StatusLine& line ) {
-   return fmt::format( fmt::runtime( command.done ), line.object->name, fmt::join( task.arguments, " " ),
-             fmt::join( cellsOf( line ), " " ) ) +
+std::string answerOf( const Task& task, const StatusLine& line ) {
+   return fmt::format(
+             fmt::runtime( task.command->done ), line.object->name, fmt::join( task.arguments, " " ) ) +
           '\n';
 }
 
@@ -40,13 +40,13 @@ std::string tableOf( const Task& task, const Kind& kind, const std::vector<Statu
 }
 
 std::string asText( const Task& task, const Kind& kind, const std::vector<StatusLine>& lines ) {
+   auto isOne = task.command->scope != Scope::All && lines.size() == 1;
    if ( task.command->done.empty() ) {
-      return lines.size() == 1 && lines.front().reading.failure ? longTextsOf( lines )
-                                                                : tableOf( task, kind, lines );
+      return isOne && lines.front().reading.failure ? longTextsOf( lines ) : tableOf( task, kind, lines );
    }
    std::string text;
    for ( auto& line : lines ) {
-      text += line.reading.failure ? "" : answerOf( *task.command, task, line );
+      text += line.reading.failure ? "" : answerOf( task, line );
    }
    return text;
 }

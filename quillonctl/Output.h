@@ -32,9 +32,6 @@ std::string valuesAsText( const std::vector<StatusLine>& lines );
 /** The texts that are too long for a table, with an empty line between them. */
 std::string longTextsOf( const std::vector<StatusLine>& lines );
 
-/** The values of a line, but for long texts, as a table shows them. */
-std::vector<std::string> cellsOf( const StatusLine& line );
-
 /** Says which objects failed, and why; those that failed alike in one sentence, where they are many. */
 void complainOf( const std::vector<const StatusLine*>& failed );
 

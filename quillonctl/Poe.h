@@ -66,6 +66,8 @@ std::string lastReason();
 
 /** Why a call failed. @param action what could not be done: "read the power" */
 Failure failure( std::string_view action, ql_status status );
+/** The same of a port that should have been started before. */
+Failure unanswered( std::string_view action, ql_status status );
 
 } // namespace Poe
 

@@ -20,9 +20,6 @@ unsigned codeOf( const std::string& line ) {
 std::string lastReason() {
    constexpr unsigned noImage = 0xAF;
    auto line = HostServices::lastLine();
-   if ( line.ends_with( "no acknowledge" ) ) {
-      return line + "; a controller in reset answers after quillonctl poe PORT init";
-   }
    if ( line == "Error: Checksum invalid" ) {
       return "the controller's reply has a wrong checksum";
    }
@@ -38,10 +35,17 @@ std::string lastReason() {
 }
 
 Failure failure( std::string_view action, ql_status status ) {
-   auto failure = Calls::failure( action, status );
    auto reason = lastReason();
-   if ( !reason.empty() ) {
-      failure.message = fmt::format( "cannot {}: {}", action, reason );
+   if ( reason.empty() ) {
+      return Calls::failure( action, status );
+   }
+   return { status, fmt::format( "cannot {}: {}", action, reason ) };
+}
+
+Failure unanswered( std::string_view action, ql_status status ) {
+   auto failure = Poe::failure( action, status );
+   if ( failure.message.ends_with( "no acknowledge" ) ) {
+      failure.message += "; a controller in reset answers after quillonctl poe PORT init";
    }
    return failure;
 }

@@ -54,7 +54,7 @@ Reading showFirmware( void* record, const ObjectEntry&, const Arguments& ) {
    auto answer = askFirmware( static_cast<ql_poe_port*>( record ), false );
    return answer.status == QL_STATUS_OK
              ? Reading { { answer.revision }, "ok", {} }
-             : Calls::failed( failure( "read the firmware's revision", answer.status ) );
+             : Calls::failed( unanswered( "read the firmware's revision", answer.status ) );
 }
 
 Reading updateFirmware( void* record, const ObjectEntry& object, const Arguments& ) {
@@ -65,7 +65,7 @@ Reading updateFirmware( void* record, const ObjectEntry& object, const Arguments
    auto port = static_cast<ql_poe_port*>( record );
    auto before = askFirmware( port, false );
    auto update = askFirmware( port, true );
-   auto cause = failure( "update the firmware", update.status );
+   auto cause = unanswered( "update the firmware", update.status );
    auto isLoaded = HostServices::lastLine().starts_with( "New firmware revision " );
    // A controller that ran nothing makes a failure of its first answer, also when all went well then.
    auto after = askFirmware( port, false );

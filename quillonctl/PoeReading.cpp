@@ -60,7 +60,7 @@ public:
       if ( !reading.failure ) {
          auto status = Calls::call( port_->ops, slot, port_, outputs... );
          if ( status != QL_STATUS_OK ) {
-            reading.failure = failure( action, status );
+            reading.failure = unanswered( action, status );
          }
       }
       return !reading.failure;
@@ -123,7 +123,7 @@ public:
       }
       auto limit = limitOf( port_ );
       if ( !limit ) {
-         reading.failure = failure( "read the limit", QL_STATUS_IO_ERROR );
+         reading.failure = unanswered( "read the limit", QL_STATUS_IO_ERROR );
          return;
       }
       put( readingFields, limit->by );

@@ -12,7 +12,7 @@ ql_poe_port* portOf( void* record ) { return static_cast<ql_poe_port*>( record )
 /** What a setting gives: its values, or why it could not be made. */
 Reading outcome( std::string_view action, ql_status status, std::vector<Value> values ) {
    return status == QL_STATUS_OK ? Reading { std::move( values ), "ok", {} }
-                                 : Calls::failed( failure( action, status ) );
+                                 : Calls::failed( unanswered( action, status ) );
 }
 
 Reading switchPower( void* record, bool isOn ) {
@@ -89,11 +89,11 @@ Reading setLimit( void* record, const ObjectEntry&, const Arguments& arguments )
    auto mode = watts ? QL_POE_LIMIT_USER : QL_POE_LIMIT_CLASS;
    auto status = Calls::call( port->ops, &ql_poe_port_ops::set_limit, port, mode, watts.value_or( 0 ) );
    if ( status != QL_STATUS_OK ) {
-      return Calls::failed( failure( "set the limit", status ) );
+      return Calls::failed( unanswered( "set the limit", status ) );
    }
    auto limit = limitOf( port );
    return limit ? Reading { { limit->by, limit->watts ? Value( *limit->watts ) : Value() }, "ok", {} }
-                : Calls::failed( failure( "read the limit that was set", QL_STATUS_IO_ERROR ) );
+                : Calls::failed( unanswered( "read the limit that was set", QL_STATUS_IO_ERROR ) );
 }
 
 Reading setShutOff( void* record, const ObjectEntry&, const Arguments& arguments ) {
@@ -102,7 +102,7 @@ Reading setShutOff( void* record, const ObjectEntry&, const Arguments& arguments
    auto isOn = arguments[1] == "on";
    auto text = reportField( reportOf( port, false ), "Port MPSS mask" );
    if ( !text ) {
-      return Calls::failed( failure( "read the shut-off mask", QL_STATUS_IO_ERROR ) );
+      return Calls::failed( unanswered( "read the shut-off mask", QL_STATUS_IO_ERROR ) );
    }
    auto mask = static_cast<unsigned>( std::strtoul( text->c_str(), nullptr, 16 ) );
    auto status = isIn( mask, supply ) == isOn ? QL_STATUS_OK : replace( port, mask, supply, isOn );
@@ -112,7 +112,8 @@ Reading setShutOff( void* record, const ObjectEntry&, const Arguments& arguments
 Reading init( void* record, const ObjectEntry&, const Arguments& ) {
    auto port = portOf( record );
    auto status = Calls::call( port->ops, &ql_poe_port_ops::port_init, port );
-   return outcome( "start the port", status, { true } );
+   return status == QL_STATUS_OK ? Reading { { true }, "ok", {} }
+                                 : Calls::failed( failure( "start the port", status ) );
 }
 
 } // namespace Poe

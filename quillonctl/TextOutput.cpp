@@ -101,8 +101,10 @@ Row headingsOf( Fields fields ) {
 }
 
 Row rowOf( const StatusLine& line ) {
-   auto row = cellsOf( line );
-   row.insert( row.begin(), line.object->name );
+   Row row { line.object->name };
+   for ( auto column : columnsOf( line.fields ) ) {
+      row.push_back( textOf( line.reading.values[column], line.fields[column] ) );
+   }
    return row;
 }
 
@@ -189,12 +191,4 @@ std::string longTextsOf( const std::vector<StatusLine>& lines ) {
       }
    }
    return texts;
-}
-
-std::vector<std::string> cellsOf( const StatusLine& line ) {
-   Row row;
-   for ( auto column : columnsOf( line.fields ) ) {
-      row.push_back( textOf( line.reading.values[column], line.fields[column] ) );
-   }
-   return row;
 }
