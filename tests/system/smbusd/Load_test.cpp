@@ -79,6 +79,7 @@ TEST( SmbusServer, LetsNewcomersWaitWhenItHasNoDescriptorLeft ) {
    EXPECT_LT( processorTime( witness.server() ) - before, std::chrono::milliseconds( 250 ) );
    EXPECT_FALSE( witness.ask( reading( 3, 0x48, 0, 2 ) ).failed() );
 
-   crowd.erase( crowd.begin(), crowd.begin() + 20 );
+   // How many it had room for depends on the descriptors that it was started with.
+   crowd.erase( crowd.begin(), crowd.end() - 1 );
    EXPECT_EQ( crowd.back().answer().response( 0 ).data(), "\x18\x80" );
 }
