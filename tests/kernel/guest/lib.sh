@@ -1,6 +1,7 @@
 # What the scenarios are made of.
 
 map=/test/i2c-map.json
+board=/test/board
 socket=/run/quillon/smbus.sock
 checks=0
 
@@ -115,7 +116,7 @@ stop_server() {
 # ctl COMMAND...: quillonctl. For what it has said there are `exit_status`, `json`, `complaints` and the
 # functions below.
 ctl() {
-   json=$( quillonctl --board /test/board --socket "$socket" --json "$@" 2>/run/complaints )
+   json=$( quillonctl --board "$board" --socket "$socket" --json "$@" 2>/run/complaints )
    exit_status=$?
    complaints=$( cat /run/complaints )
    sed 's/^/# /' /run/complaints
