@@ -179,6 +179,8 @@ private:
    /** A copy, empty for a port that the driver has no element for. */
    PoeCache copyCache( size_t port ) const;
    void storeCache( size_t port, const PoeCache& cache );
+   /** The status of the port and of its two channels, into a copy of its cache. */
+   ql_status queryStatus( PoePort* port, PoeCache& cache );
    ql_status measure( PoePort* port, std::string* reply );
    bool judgeCrc( PoePort* port, const std::string& reply );
 

@@ -94,17 +94,21 @@ float watts( const std::string& reply, size_t offset ) {
 // Every getter works on a copy of the port's cache and writes it back when all has gone well, so that a
 // failed exchange leaves neither its reply nor its time behind.
 
+ql_status BCM59121::queryStatus( PoePort* port, PoeCache& cache ) {
+   auto status = queryPort( port->id, PoeCommand::getPortStatus, cache.portStatus, cache.portStatusTime );
+   if ( status != QL_STATUS_OK ) {
+      return status;
+   }
+   return queryPort( port->id, PoeCommand::getPerPairStatus, cache.perPairStatus, cache.perPairStatusTime );
+}
+
 ql_status BCM59121::getPowerState( PoePort* port, ql_poe_port_state* state, ql_poe_port_state* primary,
    ql_poe_port_state* alternative, ql_poe_port_pair_state* pairState ) {
    ql_trace( 6, "%s",
       "ql_status Drivers::BCM59121::getPowerState(Drivers::BCM59121::PoePort*, ql_poe_port_state*, "
       "ql_poe_port_state*, ql_poe_port_state*, ql_poe_port_pair_state*)" );
    auto cache = copyCache( port->id );
-   auto status = queryPort( port->id, PoeCommand::getPortStatus, cache.portStatus, cache.portStatusTime );
-   if ( status != QL_STATUS_OK ) {
-      return status;
-   }
-   status = queryPort( port->id, PoeCommand::getPerPairStatus, cache.perPairStatus, cache.perPairStatusTime );
+   auto status = queryStatus( port, cache );
    if ( status != QL_STATUS_OK ) {
       return status;
    }
@@ -125,11 +129,7 @@ ql_status BCM59121::getDeviceClass(
       "ql_status Drivers::BCM59121::getDeviceClass(Drivers::BCM59121::PoePort*, ql_poe_device_class*, "
       "ql_poe_device_class*, ql_poe_device_class*)" );
    auto cache = copyCache( port->id );
-   auto status = queryPort( port->id, PoeCommand::getPortStatus, cache.portStatus, cache.portStatusTime );
-   if ( status != QL_STATUS_OK ) {
-      return status;
-   }
-   status = queryPort( port->id, PoeCommand::getPerPairStatus, cache.perPairStatus, cache.perPairStatusTime );
+   auto status = queryStatus( port, cache );
    if ( status != QL_STATUS_OK ) {
       return status;
    }
