@@ -10,14 +10,15 @@
 
 namespace Emulator {
 
-Board::Board()
-   : Board( [] { return std::chrono::nanoseconds( std::chrono::steady_clock::now().time_since_epoch() ); } ) {
-}
+std::chrono::nanoseconds Board::machineTime() { return std::chrono::steady_clock::now().time_since_epoch(); }
 
 Board::Board( Clock clock ) : clock_( std::move( clock ) ), now_( clock_() ) {}
 
 void Board::advance() {
    auto elapsed = clock_() - now_;
+   if ( elapsed <= elapsed.zero() ) {
+      return;
+   }
    now_ += elapsed;
    for ( auto& place : places_ ) {
       place.chip->advance( elapsed );

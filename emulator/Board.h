@@ -43,8 +43,9 @@ public:
    using Clock = std::function<std::chrono::nanoseconds()>;
 
    /** The machine's own clock. */
-   Board();
-   explicit Board( Clock clock );
+   static std::chrono::nanoseconds machineTime();
+
+   explicit Board( Clock clock = machineTime );
 
    /** Throws std::invalid_argument for a name or a place that is taken. */
    void add( Place place );

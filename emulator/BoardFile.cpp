@@ -90,9 +90,11 @@ void connect(
 
 } // namespace
 
-Board loadBoard( const std::string& file ) { return parseBoard( file, readFile( file ) ); }
+Board loadBoard( const std::string& file, Board::Clock clock ) {
+   return parseBoard( file, readFile( file ), std::move( clock ) );
+}
 
-Board parseBoard( const std::string& file, std::string_view text ) {
+Board parseBoard( const std::string& file, std::string_view text, Board::Clock clock ) {
    // Iterative, so that deep nesting does not overflow the stack. Not with full precision: rapidjson
    // normalises the significand of "0e-66" then, and counts the leading zeros of 0.
    constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
@@ -104,7 +106,7 @@ Board parseBoard( const std::string& file, std::string_view text ) {
    if ( auto failure = checkBoardSchema( document ) ) {
       throw BoardFileError( fmt::format( "{}: {}: {}", file, failure->place, failure->reason ) );
    }
-   Board board;
+   Board board( std::move( clock ) );
    auto chips = document["chips"].GetArray();
    for ( rapidjson::SizeType i = 0; i < chips.Size(); ++i ) {
       at( file, fmt::format( "/chips/{}", i ), [&] { board.add( makePlace( chips[i] ) ); } );

@@ -16,9 +16,9 @@ public:
 };
 
 /** The board of a file such as boards/selvane/emulator.json. Throws BoardFileError. */
-Board loadBoard( const std::string& file );
+Board loadBoard( const std::string& file, Board::Clock clock = Board::machineTime );
 /** The same for a text that comes from `file`. */
-Board parseBoard( const std::string& file, std::string_view text );
+Board parseBoard( const std::string& file, std::string_view text, Board::Clock clock = Board::machineTime );
 
 } // namespace Emulator
 

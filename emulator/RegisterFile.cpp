@@ -14,7 +14,7 @@ bool RegisterFile::write( std::span<const uint8_t> bytes ) {
    if ( bytes.empty() ) {
       return true;
    }
-   if ( !cells_.contains( bytes[0] ) ) {
+   if ( cells_[bytes[0]].definition.bytes == 0 ) {
       return false;
    }
    pointer_ = bytes[0];
@@ -29,7 +29,7 @@ std::vector<uint8_t> RegisterFile::read( size_t count ) {
 }
 
 void RegisterFile::reset() {
-   for ( auto& [number, cell] : cells_ ) {
+   for ( auto& cell : cells_ ) {
       cell.value = cell.definition.reset;
    }
    pointer_ = 0;
@@ -37,8 +37,10 @@ void RegisterFile::reset() {
 }
 
 RegisterFile::Cell* RegisterFile::current() {
-   auto found = cells_.find( pointer_ );
-   return found != cells_.end() && byte_ < found->second.definition.bytes ? &found->second : nullptr;
+   if ( pointer_ >= cells_.size() || byte_ >= cells_[pointer_].definition.bytes ) {
+      return nullptr;
+   }
+   return &cells_[pointer_];
 }
 
 void RegisterFile::advance( const Cell& cell ) {

@@ -1,9 +1,9 @@
 #ifndef EMULATOR_REGISTER_FILE_H
 #define EMULATOR_REGISTER_FILE_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <span>
 #include <vector>
 
@@ -47,14 +47,15 @@ public:
    void reset();
 
    /** The model's own access, without a pointer and to all bits. The register must be one of the table. */
-   uint16_t get( uint8_t number ) const { return cells_.at( number ).value; }
+   uint16_t get( uint8_t number ) const { return cells_[number].value; }
 
-   void set( uint8_t number, uint16_t value ) { cells_.at( number ).value = value; }
+   void set( uint8_t number, uint16_t value ) { cells_[number].value = value; }
 
 private:
+   /** A number without a register has a cell of no bytes. */
    struct Cell {
-      Register definition;
-      uint16_t value;
+      Register definition {};
+      uint16_t value = 0;
    };
 
    /** The register at the pointer while the position is within it, or null. */
@@ -64,7 +65,7 @@ private:
    uint8_t next();
 
    Pointer mode_;
-   std::map<unsigned, Cell> cells_;
+   std::array<Cell, 256> cells_;
    /** May be one behind the last register. */
    unsigned pointer_ = 0;
    /** The position within the register. */

@@ -6,8 +6,8 @@
 
 #include "emulator/Board.h"
 
+#include <array>
 #include <cstdint>
-#include <map>
 #include <memory>
 
 namespace Smbusd {
@@ -23,7 +23,7 @@ public:
 private:
    EventLoop& loop_;
    Emulator::Board& board_;
-   std::map<uint8_t, std::unique_ptr<Bus>> busses_;
+   std::array<std::unique_ptr<Bus>, 256> busses_;
 };
 
 } // namespace Smbusd

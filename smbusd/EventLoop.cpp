@@ -104,6 +104,7 @@ size_t EventLoop::wait( Ready& ready ) {
    if ( count < 0 && errno != EINTR ) {
       fail();
    }
+   now_ = Clock::now();
    return static_cast<size_t>( std::max( count, 0 ) );
 }
 

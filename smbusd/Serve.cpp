@@ -13,6 +13,7 @@
 #include <google/protobuf/stubs/logging.h>
 #include <systemd/sd-daemon.h>
 
+#include <chrono>
 #include <csignal>
 #include <exception>
 #include <filesystem>
@@ -39,7 +40,8 @@ void runLoop( EventLoop& loop, const Options& options ) {
 
 void serveBoard( EventLoop& loop, const Options& options ) {
    Scheduler scheduler( loop );
-   auto board = Emulator::loadBoard( std::filesystem::path( options.emulate ) / "emulator.json" );
+   auto board = Emulator::loadBoard( std::filesystem::path( options.emulate ) / "emulator.json",
+      [&loop] { return std::chrono::nanoseconds( loop.now().time_since_epoch() ); } );
    EmulatedBackend backend( loop, board );
    Server server( loop );
    server.serveBusses( options.socket, backend, scheduler );
