@@ -1,11 +1,10 @@
 #include "EmuCommand.h"
 
 #include "Errors.h"
+#include "JsonWriting.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <cerrno>
 #include <cstring>
@@ -80,20 +79,23 @@ private:
    int fd_;
 };
 
-std::string asJson( const char* key, const std::string& text ) {
-   rapidjson::StringBuffer buffer;
-   rapidjson::Writer<rapidjson::StringBuffer> writer( buffer );
-   writer.StartObject();
-   writer.Key( key );
-   writer.String( text.c_str() );
-   writer.EndObject();
-   return buffer.GetString();
-}
-
 struct Answer {
-   bool isGood;
+   /** What a good answer says. */
    std::string text;
+   std::optional<Failure> failure;
 };
+
+std::string asJson( const Answer& answer ) {
+   return Json::lineOf( [&]( auto& json ) {
+      Json::writeKey( json, "answer" );
+      if ( answer.failure ) {
+         json.Null();
+      } else {
+         Json::writeText( json, answer.text );
+      }
+      Json::writeError( json, answer.failure );
+   } );
+}
 
 /** What stands behind the first word. */
 std::string rest( const std::string& answer ) {
@@ -104,9 +106,12 @@ std::string rest( const std::string& answer ) {
 Answer ask( const std::string& control, const std::string& line ) {
    try {
       auto answer = ControlSocket( control ).ask( line );
-      return { answer == "ok" || answer.starts_with( "ok " ), rest( answer ) };
+      if ( answer == "ok" || answer.starts_with( "ok " ) ) {
+         return { rest( answer ), {} };
+      }
+      return { {}, Failure { QL_STATUS_INVALID_ARGUMENT, rest( answer ) } };
    } catch ( const HostError& error ) {
-      return { false, error.what() };
+      return { {}, Failure { error.status, error.what() } };
    }
 }
 
@@ -117,14 +122,14 @@ int emuCommand( const std::string& control, const std::vector<std::string>& word
    if ( line.find( '\n' ) != std::string::npos ) {
       throw InputError( { "a line for the emulated board has no line end in it" } );
    }
-   auto [isGood, text] = ask( control, line );
+   auto answer = ask( control, line );
    if ( json ) {
-      fmt::print( "{}\n", asJson( isGood ? "answer" : "error", text ) );
-   } else if ( isGood && !text.empty() ) {
-      fmt::print( "{}\n", text );
+      write( asJson( answer ) );
+   } else if ( !answer.text.empty() ) {
+      write( answer.text + '\n' );
    }
-   if ( !isGood ) {
-      complain( text );
+   if ( answer.failure ) {
+      complain( answer.failure->message );
    }
-   return isGood ? exitGood : exitFailure;
+   return answer.failure ? exitFailure : exitGood;
 }

@@ -1,18 +1,15 @@
-#include "Output.h"
+#include "JsonWriting.h"
 
 #include "Statuses.h"
 
 #include <rapidjson/memorystream.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <cmath>
 
+namespace Json {
+
 namespace {
 
-using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
-
-/** The text with a "?" for what is no UTF-8: paths and the library's words are not ours. */
 std::string validUtf8( const std::string& text ) {
    rapidjson::MemoryStream in( text.data(), text.size() );
    std::string valid;
@@ -28,11 +25,6 @@ std::string validUtf8( const std::string& text ) {
    return valid;
 }
 
-void writeString( Writer& json, std::string_view key, const std::string& value ) {
-   json.Key( key.data(), static_cast<rapidjson::SizeType>( key.size() ) );
-   json.String( validUtf8( value ).c_str() );
-}
-
 void writeNumber( Writer& json, double value, const Field& field ) {
    if ( !std::isfinite( value ) ) {
       json.Null();
@@ -44,12 +36,10 @@ void writeNumber( Writer& json, double value, const Field& field ) {
 }
 
 void writeValue( Writer& json, const Field& field, const Value& value ) {
+   writeKey( json, field.key );
    if ( auto text = std::get_if<std::string>( &value ) ) {
-      writeString( json, field.key, *text );
-      return;
-   }
-   json.Key( field.key.data(), static_cast<rapidjson::SizeType>( field.key.size() ) );
-   if ( auto number = std::get_if<double>( &value ) ) {
+      writeText( json, *text );
+   } else if ( auto number = std::get_if<double>( &value ) ) {
       writeNumber( json, *number, field );
    } else if ( auto flag = std::get_if<bool>( &value ) ) {
       json.Bool( *flag );
@@ -58,54 +48,74 @@ void writeValue( Writer& json, const Field& field, const Value& value ) {
    }
 }
 
-void writeFailure( Writer& json, const std::optional<Failure>& failure ) {
-   json.Key( "error" );
+} // namespace
+
+void writeText( Writer& json, const std::string& text ) {
+   auto valid = validUtf8( text );
+   json.String( valid.data(), static_cast<rapidjson::SizeType>( valid.size() ) );
+}
+
+void writeKey( Writer& json, std::string_view key ) {
+   json.Key( key.data(), static_cast<rapidjson::SizeType>( key.size() ) );
+}
+
+void writeMember( Writer& json, std::string_view key, const std::string& text ) {
+   writeKey( json, key );
+   writeText( json, text );
+}
+
+void writeError( Writer& json, const std::optional<Failure>& failure ) {
+   writeKey( json, "error" );
    if ( !failure ) {
       json.Null();
       return;
    }
    json.StartObject();
-   writeString( json, "status", "QL_STATUS_" + wordsOf( failure->status ).name );
-   json.Key( "code" );
+   writeMember( json, "status", "QL_STATUS_" + wordsOf( failure->status ).name );
+   writeKey( json, "code" );
    json.Uint( static_cast<unsigned>( failure->status ) );
-   writeString( json, "message", failure->message );
+   writeMember( json, "message", failure->message );
    json.EndObject();
 }
 
 void writeObject( Writer& json, const StatusLine& line ) {
    json.StartObject();
-   writeString( json, "kind", std::string( line.object->kind->name ) );
-   writeString( json, "name", line.object->name );
+   writeMember( json, "kind", std::string( line.object->kind->name ) );
+   writeMember( json, "name", line.object->name );
    for ( size_t i = 0; i < line.fields.size(); ++i ) {
       writeValue( json, line.fields[i], line.reading.values[i] );
    }
-   writeString( json, "state", std::string( line.reading.state ) );
-   writeFailure( json, line.reading.failure );
+   writeMember( json, "state", std::string( line.reading.state ) );
+   writeError( json, line.reading.failure );
    json.EndObject();
 }
 
-} // namespace
-
-std::string asJson(
-   const std::string& board, const std::vector<StatusLine>& lines, const std::vector<std::string>& errors ) {
+std::string lineOf( const std::function<void( Writer& )>& writeMembers ) {
    rapidjson::StringBuffer text;
    Writer json( text );
    json.StartObject();
-   writeString( json, "board", board );
-   json.Key( "objects" );
-   json.StartArray();
-   for ( auto& line : lines ) {
-      writeObject( json, line );
-   }
-   json.EndArray();
-   if ( !errors.empty() ) {
-      json.Key( "errors" );
-      json.StartArray();
-      for ( auto& error : errors ) {
-         json.String( validUtf8( error ).c_str() );
-      }
-      json.EndArray();
-   }
+   writeMembers( json );
    json.EndObject();
    return std::string( text.GetString(), text.GetSize() ) + '\n';
+}
+
+} // namespace Json
+
+std::string asJson(
+   const std::string& board, const std::vector<StatusLine>& lines, const std::vector<std::string>& errors ) {
+   return Json::lineOf( [&]( auto& json ) {
+      Json::writeMember( json, "board", board );
+      Json::writeKey( json, "objects" );
+      json.StartArray();
+      for ( auto& line : lines ) {
+         Json::writeObject( json, line );
+      }
+      json.EndArray();
+      Json::writeKey( json, "errors" );
+      json.StartArray();
+      for ( auto& error : errors ) {
+         Json::writeText( json, error );
+      }
+      json.EndArray();
+   } );
 }

@@ -1,11 +1,13 @@
 #include "Output.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
+#include <cstring>
 
 void write( const std::string& text ) {
    if ( fwrite( text.data(), 1, text.size(), stdout ) != text.size() || fflush( stdout ) != 0 ) {
-      throw std::system_error( errno, std::generic_category(), "cannot write the output" );
+      throw OutputError( fmt::format( "cannot write the output: {}", strerror( errno ) ) );
    }
 }

@@ -3,6 +3,7 @@
 
 #include "Kind.h"
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,12 @@ struct StatusLine {
    Reading reading;
 };
 
-/** Writes a text as a whole, so that no reader ever sees half of it. @throw std::system_error */
+/** Nobody takes what the program writes: a full disk, a closed stdout. */
+class OutputError : public std::runtime_error {
+   using std::runtime_error::runtime_error;
+};
+
+/** Writes a text as a whole, so that no reader ever sees half of it. @throw OutputError */
 void write( const std::string& text );
 
 /**
@@ -35,7 +41,7 @@ std::string longTextsOf( const std::vector<StatusLine>& lines );
 /** Says which objects failed, and why; those that failed alike in one sentence, where they are many. */
 void complainOf( const std::vector<const StatusLine*>& failed );
 
-/** One JSON document in one line. */
+/** One JSON document in one line. @param errors why nothing could be done, if that is so */
 std::string asJson(
    const std::string& board, const std::vector<StatusLine>& lines, const std::vector<std::string>& errors );
 

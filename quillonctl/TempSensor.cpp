@@ -1,5 +1,7 @@
 #include "Calls.h"
 
+#include <cmath>
+
 namespace {
 
 constexpr Field fields[] = {
@@ -24,6 +26,11 @@ Reading read( void* record, const ObjectEntry& object ) {
    auto status = Calls::call( sensor->ops, &ql_temp_sensor_ops::get_temperature, sensor, &degrees );
    if ( status != QL_STATUS_OK ) {
       reading.failure = Calls::failure( "read the temperature", status );
+      return reading;
+   }
+   if ( !std::isfinite( degrees ) ) {
+      reading.failure =
+         Failure { QL_STATUS_DEVICE_ERROR, "cannot read the temperature: the library gave no number" };
       return reading;
    }
    reading.values.front() = degrees;

@@ -111,6 +111,19 @@ public:
 
    int run( int argc, char** argv ) {
       try {
+         return execute( argc, argv );
+      } catch ( const InputError& error ) {
+         return refuse( error.sentences, exitUsage );
+      } catch ( const OutputError& ) {
+         throw;
+      } catch ( const std::exception& error ) {
+         return refuse( { error.what() }, exitFailure );
+      }
+   }
+
+private:
+   int execute( int argc, char** argv ) {
+      try {
          app_.parse( argc, argv );
       } catch ( const CLI::ParseError& error ) {
          // What stands behind a mistake is not parsed.
@@ -118,7 +131,7 @@ public:
          return answer( error );
       }
       if ( app_.get_subcommands().empty() ) {
-         return refuseUsage( "there is no command" );
+         refuseUsage( "there is no command" );
       }
       if ( emu_->parsed() ) {
          return emuCommand( control_, emu_->remaining(), options_.json );
@@ -139,17 +152,16 @@ public:
    }
 
    /** Says why nothing could be done, in JSON too if that is asked for. */
-   int refuse( const InputError& error ) {
-      for ( auto& sentence : error.sentences ) {
+   int refuse( const std::vector<std::string>& sentences, int exitStatus ) const {
+      for ( auto& sentence : sentences ) {
          complain( sentence );
       }
       if ( options_.json ) {
-         fmt::print( "{}", asJson( boardName( options_.board ), {}, error.sentences ) );
+         write( asJson( boardName( options_.board ), {}, sentences ) );
       }
-      return exitUsage;
+      return exitStatus;
    }
 
-private:
    void addCommandsOf( const Kind& kind ) {
       auto command = app_.add_subcommand( std::string( kind.command ), std::string( kind.help ) );
       command->add_option( "WORDS", words_, "See below" )->type_name( "" );
@@ -198,11 +210,11 @@ private:
       if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::Success ) ) {
          return app_.exit( error );
       }
-      return refuseUsage( error.what() );
+      refuseUsage( error.what() );
    }
 
-   int refuseUsage( const std::string& mistake ) {
-      return refuse( InputError( { mistake + "; see quillonctl --help" } ) );
+   [[noreturn]] static void refuseUsage( const std::string& mistake ) {
+      throw InputError( { mistake + "; see quillonctl --help" } );
    }
 
    void prepare() {
@@ -230,11 +242,8 @@ private:
 } // namespace
 
 int main( int argc, char** argv ) {
-   CommandLine commandLine;
    try {
-      return commandLine.run( argc, argv );
-   } catch ( const InputError& error ) {
-      return commandLine.refuse( error );
+      return CommandLine().run( argc, argv );
    } catch ( const std::exception& error ) {
       complain( error.what() );
       return exitFailure;

@@ -225,7 +225,7 @@ TEST_F( BoardCommands, SystemTellsWhyTheSwitchRestartedOnce ) {
    EXPECT_EQ( result.out,
       R"({"board":"selvane","objects":[{"kind":"system","name":"switch","reload_cause":null,"state":"failed",)"
       R"("error":{"status":"QL_STATUS_FAILED","code":6,"message":")" +
-         reason + "\"}}]}\n" );
+         reason + "\"}}],\"errors\":[]}\n" );
    EXPECT_EQ( result.exitStatus, 1 );
 
    emu( { "set", "cpld.reset_reason", "0x0c" } );

@@ -124,7 +124,7 @@ TEST_F( Commands, DoWhatTheySay ) {
 
       auto object = row.kind == std::string( "system" ) ? "switch" : row.words[1];
       EXPECT_EQ( result.out, fmt::format( R"({{"board":"bench","objects":[{{"kind":"{}","name":"{}",{},)"
-                                          R"("error":null}}]}})"
+                                          R"("error":null}}],"errors":[]}})"
                                           "\n",
                                 row.kind, object, row.json ) )
          << name;
@@ -255,7 +255,7 @@ TEST_F( Commands, KnowTheSystemOfABoardThatDoesNotAskForIt ) {
       runScripted( boardWith( scriptedObject( "gpio", "bit", "" ) ), { "system", "version", "--json" } );
 
    EXPECT_EQ( result.out, R"({"board":"bench","objects":[{"kind":"system","name":"system",)"
-                          R"("version":"0x01.2a","state":"ok","error":null}]})"
+                          R"("version":"0x01.2a","state":"ok","error":null}],"errors":[]})"
                           "\n" );
    EXPECT_EQ( result.exitStatus, 0 );
 }

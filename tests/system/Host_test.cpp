@@ -363,15 +363,17 @@ TEST_F( Host, WritesAFailingReadAsJson ) {
       R"({"board":"bench","objects":[{"kind":"temp_sensor","name":"bad","temperature_celsius":null,)"
       R"("alert_celsius":45.0,"critical_celsius":55.0,"state":"failed","error":{"status":"QL_STATUS_IO_ERROR",)"
       R"("code":4,"message":"cannot read the temperature: execute: failure in response request 0: no )"
-      R"(acknowledge"}}]})"
+      R"(acknowledge"}}],"errors":[]})"
       "\n" );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 
-TEST_F( Host, WritesNoNumberAsNull ) {
+TEST_F( Host, TakesNoNumberForAFailure ) {
    auto result = runScripted( scripted( "odd", 1, "nan" ), { "--json" } );
 
    EXPECT_THAT( result.out, HasSubstr( R"("temperature_celsius":null)" ) );
+   EXPECT_EQ( result.err, "quillonctl: odd: cannot read the temperature: the library gave no number\n" );
+   EXPECT_EQ( result.exitStatus, 1 );
 }
 
 TEST_F( Host, TellsAFailureAgainOnlyWhenItIsNew ) {

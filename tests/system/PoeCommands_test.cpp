@@ -99,7 +99,7 @@ TEST_F( PoeCommands, StatusIsOneDocumentOfAllPorts ) {
       R"(a controller in reset answers after quillonctl poe PORT init"}},)"
       R"({"kind":"poe_port","name":"port5","device_class":null,"power_watts":0.0,"voltage_volts":53.9,)"
       R"("current_amperes":0.41,"temperature_celsius":41.25,"limited_by":"class","limit_watts":null,)"
-      R"("state":"fault","error":null}]})"
+      R"("state":"fault","error":null}],"errors":[]})"
       "\n" );
    EXPECT_EQ( result.exitStatus, 1 );
 }
@@ -217,7 +217,7 @@ TEST_F( PoeCommands, DoWhatTheySay ) {
       words.push_back( "--json" );
       EXPECT_EQ( runScripted( board, words ).out,
          fmt::format(
-            R"({{"board":"bench","objects":[{{"kind":"poe_port","name":"port1",{},"error":null}}]}})"
+            R"({{"board":"bench","objects":[{{"kind":"poe_port","name":"port1",{},"error":null}}],"errors":[]}})"
             "\n",
             row.json ) )
          << name;

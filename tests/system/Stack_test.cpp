@@ -1,6 +1,7 @@
 // Everything together: quillonctl, the library, the socket, the server and the emulated chips.
 
 #include "EmulatedBoard.h"
+#include "OutputSchema.h"
 
 #include <fmt/format.h>
 
@@ -84,7 +85,9 @@ TEST_F( Stack, HidesFewFaultsBehindTheServersRetries ) {
 
 TEST_F( Stack, TalksToTheEmulatedBoard ) {
    EXPECT_EQ( emu( { "get", "inlet.temperature" } ).out, "24.5\n" );
-   EXPECT_EQ( run( { "--json", "emu", "get", "inlet.temperature" } ).out, "{\"answer\":\"24.5\"}\n" );
+   auto json = run( { "--json", "emu", "get", "inlet.temperature" } ).out;
+   EXPECT_EQ( json, "{\"answer\":\"24.5\",\"error\":null}\n" );
+   EXPECT_EQ( OutputSchema( "emu" ).complaint( json ), "" );
    EXPECT_THAT( emu( {} ).out, HasSubstr( "list" ) );
 }
 
@@ -95,7 +98,10 @@ TEST_F( Stack, PassesOnWhatTheEmulatedBoardDoesNotUnderstand ) {
    EXPECT_EQ( result.out, "" );
    result = run( { "--json", "emu", "nonsense" } );
    EXPECT_EQ( result.exitStatus, 1 );
-   EXPECT_EQ( result.out, "{\"error\":\"no command nonsense\"}\n" );
+   EXPECT_EQ( result.out, R"({"answer":null,"error":{"status":"QL_STATUS_INVALID_ARGUMENT","code":3,)"
+                          R"("message":"no command nonsense"}})"
+                          "\n" );
+   EXPECT_EQ( OutputSchema( "emu" ).complaint( result.out ), "" );
    EXPECT_EQ( emu( { "two\nlines" } ).exitStatus, 2 );
 }
 
@@ -109,5 +115,7 @@ TEST_F( Stack, SaysWhatToDoWhenThereIsNoEmulatedBoard ) {
    result = run( { "--json", "emu", "list" } );
    EXPECT_EQ( result.exitStatus, 1 );
    EXPECT_EQ( result.out,
-      fmt::format( "{{\"error\":\"{}\"}}\n", result.err.substr( 12, result.err.find( '\n' ) - 12 ) ) );
+      fmt::format( R"({{"answer":null,"error":{{"status":"QL_STATUS_IO_ERROR","code":4,"message":"{}"}}}})"
+                   "\n",
+         result.err.substr( 12, result.err.find( '\n' ) - 12 ) ) );
 }

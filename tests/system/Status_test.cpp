@@ -60,9 +60,10 @@ TEST_F( Status, WritesTheBoardAsOneJsonDocument ) {
          name, alert, critical );
    };
    rapidjson::Document expected;
-   expected.Parse( fmt::format( R"({{"board":"selvane","objects":[{},{},{},{}]}})", sensor( "inlet", 45, 55 ),
-      sensor( "outlet", 60, 70 ), sensor( "asic", 85, 95 ), sensor( "poe", 75, 85 ) )
-                      .c_str() );
+   expected.Parse(
+      fmt::format( R"({{"board":"selvane","objects":[{},{},{},{}],"errors":[]}})", sensor( "inlet", 45, 55 ),
+         sensor( "outlet", 60, 70 ), sensor( "asic", 85, 95 ), sensor( "poe", 75, 85 ) )
+         .c_str() );
    rapidjson::Document actual;
    actual.Parse( result.out.c_str() );
    ASSERT_FALSE( actual.HasParseError() ) << result.out;
