@@ -8,7 +8,7 @@
 #include <vector>
 
 /** Exit statuses of the program. */
-enum ExitStatus { exitGood = 0, exitFailure = 1, exitUsage = 2 };
+enum ExitStatus { exitGood = 0, exitFailure = 1, exitUsage = 2, exitAlert = 3 };
 
 /** Writes a sentence to stderr, behind the name of the program. */
 void complain( const std::string& sentence );

@@ -4,6 +4,7 @@
 #include "Names.h"
 #include "Output.h"
 #include "Session.h"
+#include "States.h"
 
 #include <fmt/format.h>
 
@@ -51,15 +52,15 @@ private:
 
    int showRounds( Host& host, Supervisor::Progress& progress ) {
       if ( !status_.interval ) {
-         return showRound( readAll( host ), true ) ? exitGood : exitFailure;
+         return showRound( readAll( host ), true );
       }
       eventLoop().catchStop();
       auto interval = std::chrono::duration_cast<EventLoop::Clock::duration>(
          std::chrono::duration<double>( *status_.interval ) );
       auto next = EventLoop::Clock::now();
-      auto good = true;
+      auto worst = exitGood;
       for ( ;; ) {
-         good = showRound( readAll( host ), progress.rounds == 0 ) && good;
+         worst = worseOf( worst, showRound( readAll( host ), progress.rounds == 0 ) );
          ++progress.rounds;
          if ( progress.rounds == status_.count ) {
             break;
@@ -70,21 +71,27 @@ private:
             break;
          }
       }
-      return good ? exitGood : exitFailure;
+      return worst;
    }
 
-   /** @return whether all is well */
-   bool showRound( const std::vector<Reading>& readings, bool isFirst ) {
+   /** What could not be read may be worse than what was: a failure outranks an alert. */
+   static ExitStatus worseOf( ExitStatus one, ExitStatus other ) {
+      return one == exitFailure || other == exitGood ? one : other;
+   }
+
+   ExitStatus showRound( const std::vector<Reading>& readings, bool isFirst ) {
       std::vector<StatusLine> lines;
       for ( size_t i = 0; i < readings.size(); ++i ) {
          lines.push_back( { chosen_[i], chosen_[i]->kind->fields, readings[i] } );
       }
       write( options_.json ? asJson( board_.name, lines, {} )
                            : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome(), isBrief_ ) );
-      return complainOf( lines );
+      auto isAlert = std::any_of(
+         readings.begin(), readings.end(), []( auto& reading ) { return States::isAlert( reading.state ); } );
+      return !complainOf( lines ) ? exitFailure : status_.failOnAlert && isAlert ? exitAlert : exitGood;
    }
 
-   /** Tells each failure when it comes up, not again in every round. */
+   /** Tells each failure when it comes up, not again in every round. @return whether there is none */
    bool complainOf( const std::vector<StatusLine>& lines ) {
       auto good = true;
       std::vector<const StatusLine*> failed;

@@ -14,6 +14,8 @@ struct StatusOptions {
    std::optional<double> interval;
    /** Rounds; none for no end. */
    std::optional<unsigned> count;
+   /** Whether an exit status of its own tells that something is past a limit. */
+   bool failOnAlert = false;
 };
 
 /**

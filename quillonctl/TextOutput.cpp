@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include "States.h"
 #include "Statuses.h"
 
 #include <fmt/format.h>
@@ -50,30 +51,6 @@ std::string textOf( const Value& value, const Field& field ) {
 
 std::string statusOf( const Reading& reading ) {
    return reading.failure ? wordsOf( reading.failure->status ).name : std::string( reading.state );
-}
-
-struct StateColour {
-   std::string_view state;
-   const char* colour;
-};
-
-constexpr StateColour colours[] = {
-   { "failed", "\033[1;31m" },
-   { "critical", "\033[1;31m" },
-   { "stalled", "\033[1;31m" },
-   { "fault", "\033[1;31m" },
-   { "overload", "\033[1;31m" },
-   { "alert", "\033[33m" },
-   { "absent", "\033[2m" },
-   { "disabled", "\033[2m" },
-   { "ok", "\033[32m" },
-   { "powered", "\033[32m" },
-};
-
-const char* colourOf( const Reading& reading ) {
-   auto row = std::find_if( std::begin( colours ), std::end( colours ),
-      [&]( auto& candidate ) { return candidate.state == reading.state; } );
-   return row == std::end( colours ) ? "" : row->colour;
 }
 
 /** The cells of a line but for the status. */
@@ -137,8 +114,9 @@ std::string tableOf( const std::vector<const StatusLine*>& lines, bool coloured 
    for ( size_t i = 0; i < lines.size(); ++i ) {
       auto& reading = lines[i]->reading;
       table += aligned( fields, rows[i + 1], widths );
-      table += coloured ? fmt::format( "{}{}\033[0m\n", colourOf( reading ), statusOf( reading ) )
-                        : statusOf( reading ) + '\n';
+      table += coloured
+                  ? fmt::format( "{}{}\033[0m\n", States::colourOf( reading.state ), statusOf( reading ) )
+                  : statusOf( reading ) + '\n';
    }
    return table;
 }

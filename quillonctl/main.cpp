@@ -21,7 +21,8 @@
 namespace {
 
 constexpr const char* footer = R"(
-Exit status: 0 all is well, 1 something reported a failure, 2 wrong usage or wrong documents.
+Exit status: 0 all is well, 1 something reported a failure, 2 wrong usage or wrong documents,
+3 with --fail-on-alert: all was read, and something is past a limit.
 
 Examples:
   quillonctl --sim status                    everything, without hardware
@@ -90,6 +91,8 @@ public:
          ->type_name( "N" )
          ->check( CLI::Range( 1U, 1000000000U ) )
          ->needs( interval );
+      status->add_flag(
+         "--fail-on-alert", status_.failOnAlert, "Exit status 3 when something is past a limit" );
 
       for ( auto kind : kinds() ) {
          if ( !kind->commands.empty() ) {

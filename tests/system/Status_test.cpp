@@ -12,8 +12,20 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
+std::string scriptedSensor( const std::string& name, int did, const std::string& script ) {
+   return sensor( name, did, fmt::format( R"(, "driverArgs": {{ "script": "{}" }})", script ) );
+}
+
 class Status : public SystemTest {
 protected:
+   /** The status of objects that do what their scripts say. */
+   Result runScripted( const std::string& objects, const Process::Arguments& options ) {
+      Process::Arguments arguments = { "--sim", "--plugin", SCRIPTED_PLUGIN, "--board", boardWith( objects ),
+         "status" };
+      arguments.insert( arguments.end(), options.begin(), options.end() );
+      return run( arguments );
+   }
+
    /** The row of the inlet's sensor once another process has changed its register. */
    std::string rowAfter( const std::string& temperatureRegister ) {
       auto process = start( { "--sim", "status", "inlet", "--interval", "0.05" } );
@@ -261,4 +273,50 @@ TEST_F( Status, IsInSimulationThroughTheEnvironmentToo ) {
    environment["SIMULATION_VMID"] = "";
 
    EXPECT_EQ( run( { "status" } ).exitStatus, 0 );
+}
+
+struct AlertRow {
+   const char* kind;
+   const char* script;
+   int exitStatus;
+};
+
+TEST_F( Status, HasAnExitStatusForAlertsWhenAsked ) {
+   const AlertRow rows[] = {
+      { "temp_sensor", "is 44.5", 0 }, { "temp_sensor", "is 45", 3 }, { "temp_sensor", "is 55", 3 },
+      { "temp_sensor", "fails", 1 }, { "fan", "is 2000", 0 }, { "fan", "is 1999", 3 }, { "xcvr", "is 0", 0 },
+      { "xcvr", "is 1", 0 }, // no module
+      { "xcvr", "is 2", 3 }, // transmit fault
+      { "poe_port", "is 0", 0 }, { "poe_port", "is 1", 0 }, { "poe_port", "is 2", 0 },
+      { "poe_port", "is 3", 0 }, { "poe_port", "is 4", 0 }, { "poe_port", "is 5", 3 }, // fault
+      { "poe_port", "is 6", 3 },                                                       // overload
+      { "poe_port", "is 7", 0 },                                                       // unknown
+   };
+   for ( auto& row : rows ) {
+      auto object = row.kind == std::string( "temp_sensor" ) ? scriptedSensor( "it", 1, row.script )
+                                                             : scriptedObject( row.kind, "it", row.script );
+      auto bit = scriptedObject( "gpio", "bit", "" );
+      auto name = fmt::format( "{}, {}", row.kind, row.script );
+
+      EXPECT_EQ( runScripted( bit + "," + object, { "--fail-on-alert" } ).exitStatus, row.exitStatus )
+         << name;
+      EXPECT_EQ(
+         runScripted( bit + "," + object, { "--json", "--fail-on-alert" } ).exitStatus, row.exitStatus )
+         << name;
+      EXPECT_EQ( runScripted( bit + "," + object, {} ).exitStatus, row.exitStatus == 1 ? 1 : 0 ) << name;
+   }
+}
+
+TEST_F( Status, TellsAFailureRatherThanAnAlert ) {
+   auto objects = scriptedSensor( "hot", 1, "is 50" ) + "," + scriptedSensor( "bad", 2, "fails" );
+
+   EXPECT_EQ( runScripted( objects, { "--fail-on-alert" } ).exitStatus, 1 );
+}
+
+TEST_F( Status, RemembersTheWorstOfAllRounds ) {
+   auto objects = scriptedSensor( "hot", 1, "is 50" ) + "," + scriptedSensor( "shaky", 2, "recovers 30" );
+   Process::Arguments rounds = { "--fail-on-alert", "--interval", "0.01", "--count", "4" };
+
+   EXPECT_EQ( runScripted( objects, rounds ).exitStatus, 1 );
+   EXPECT_EQ( runScripted( scriptedSensor( "hot", 1, "is 50" ), rounds ).exitStatus, 3 );
 }
