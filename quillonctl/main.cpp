@@ -51,8 +51,8 @@ class CommandLine {
 public:
    CommandLine()
       : app_( "Shows the hardware of a Selvane switch through its platform library.", "quillonctl" ) {
-      options_.board = besideProgram( "../share/quillon/boards/selvane" );
-      options_.plugin = besideProgram( "../lib/libQuillonDriversSelvane.so" );
+      options_.board = besideProgram( QUILLON_BOARDS "/selvane" );
+      options_.plugin = besideProgram( QUILLON_LIBRARIES "/libQuillonDriversSelvane.so" );
       app_.fallthrough();
       // Behind the first command the word of another may be the name of an object.
       app_.require_subcommand( 0, 1 );
