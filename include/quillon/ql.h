@@ -56,6 +56,7 @@ enum ql_status QL_32_BITS {
    /** Any other failure. */
    QL_STATUS_FAILED = 6
 };
+/** enum ql_status, in C too by its name alone. */
 typedef enum ql_status ql_status;
 
 /*
@@ -103,8 +104,11 @@ typedef struct ql_system_ops {
    void ( *reserved )( void );
 } ql_system_ops;
 
+/** Record of the switch as a whole. */
 struct ql_system {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_system_ops* ops;
 };
 
@@ -118,9 +122,13 @@ typedef struct ql_temp_sensor_ops {
    ql_status ( *get_temperature )( ql_temp_sensor* sensor, float* degrees );
 } ql_temp_sensor_ops;
 
+/** Record of a temperature sensor. */
 struct ql_temp_sensor {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_temp_sensor_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
@@ -139,44 +147,68 @@ typedef struct ql_fan_ops {
    ql_status ( *set_rpm )( ql_fan* fan, int rpm );
 } ql_fan_ops;
 
+/** Record of a fan. */
 struct ql_fan {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_fan_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
-/** Callbacks of a power supply. Volts, amperes and watts. */
+/** Callbacks of a power supply. */
 typedef struct ql_psu_ops {
    /** Size of this table in bytes: 72. */
    size_t size;
    /** Null; kept for a debug callback. */
    void ( *debug_info )( void );
+   /** @param ok 1 while the supply delivers, 0 otherwise */
    ql_status ( *get_power_ok )( ql_psu* psu, int* ok );
+   /** @param amps current at the input, in amperes */
    ql_status ( *get_input_current )( ql_psu* psu, float* amps );
+   /** @param amps current at the output, in amperes */
    ql_status ( *get_output_current )( ql_psu* psu, float* amps );
+   /** @param volts voltage at the input, in volts */
    ql_status ( *get_input_voltage )( ql_psu* psu, float* volts );
+   /** @param volts voltage at the output, in volts */
    ql_status ( *get_output_voltage )( ql_psu* psu, float* volts );
+   /** @param watts power at the input, in watts */
    ql_status ( *get_input_power )( ql_psu* psu, float* watts );
+   /** @param watts power at the output, in watts */
    ql_status ( *get_output_power )( ql_psu* psu, float* watts );
 } ql_psu_ops;
 
+/** Record of a power supply. */
 struct ql_psu {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_psu_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
 /** What an LED is to show. The colour belongs to the LED. */
 enum ql_led_status QL_32_BITS {
+   /** Dark. */
    QL_LED_OFF = 0,
+   /** All is well. */
    QL_LED_GOOD = 1,
+   /** Something wants attention. */
    QL_LED_WARNING = 2,
+   /** Something has failed. */
    QL_LED_BAD = 3,
+   /** What it stands for is not in use. */
    QL_LED_INACTIVE = 4,
+   /** The state is not known. */
    QL_LED_UNKNOWN = 5,
+   /** Shows a person which one is meant. */
    QL_LED_BEACON = 6,
+   /** No LED of this library has it. */
    QL_LED_RELEASE = 7
 };
+/** enum ql_led_status, in C too by its name alone. */
 typedef enum ql_led_status ql_led_status;
 
 /** Callbacks of an LED. */
@@ -187,9 +219,13 @@ typedef struct ql_led_ops {
    ql_status ( *set_light_setting )( ql_led* led, ql_led_status status );
 } ql_led_ops;
 
+/** Record of an LED. */
 struct ql_led {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_led_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
@@ -204,38 +240,61 @@ typedef struct ql_slot_ops {
    ql_status ( *get_presence )( ql_slot* slot, char** text );
 } ql_slot_ops;
 
+/** Record of a slot. */
 struct ql_slot {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_slot_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
 /** Which table a transceiver has: the member of ql_xcvr_ops::by_kind that holds. */
-enum { QL_XCVR_SFP = 0, QL_XCVR_QSFP = 1, QL_XCVR_CMIS = 2 };
+enum {
+   /** SFP and SFP+. */
+   QL_XCVR_SFP = 0,
+   /** QSFP and QSFP+. */
+   QL_XCVR_QSFP = 1,
+   /** QSFP-DD and others with the common management interface. */
+   QL_XCVR_CMIS = 2
+};
 
-/** Callbacks of an SFP cage. Signal values are 1 for asserted and 0 for not. */
+/** Callbacks of an SFP cage. Signal values are 1 for asserted and 0 for not, written on QL_STATUS_OK only. */
 typedef struct ql_sfp_ops {
    /** Size of this inner table in bytes: 48. */
    size_t size;
    /** QL_STATUS_OK with a module in the cage, QL_STATUS_NOT_PRESENT without one. */
    ql_status ( *get_presence )( ql_xcvr* xcvr );
+   /** The module tells of a fault of its transmitter. */
    ql_status ( *get_tx_fault )( ql_xcvr* xcvr, int* value );
+   /** The module receives no light. */
    ql_status ( *get_rx_los )( ql_xcvr* xcvr, int* value );
+   /** The transmitter is kept off. */
    ql_status ( *get_tx_disable )( ql_xcvr* xcvr, int* value );
+   /** @param value any but 0 keeps the transmitter off */
    ql_status ( *set_tx_disable )( ql_xcvr* xcvr, int value );
 } ql_sfp_ops;
 
-/** Callbacks of a QSFP or CMIS cage. */
+/** Callbacks of a QSFP or CMIS cage. Signal values are those of an SFP cage. */
 typedef struct ql_qsfp_ops {
    /** Size of this inner table in bytes: 72. */
    size_t size;
+   /** As ql_sfp_ops::get_presence. */
    ql_status ( *get_presence )( ql_xcvr* xcvr );
+   /** The module is selected for management access. */
    ql_status ( *get_mod_sel )( ql_xcvr* xcvr, int* value );
+   /** Selects the module for management access, or not. */
    ql_status ( *set_mod_sel )( ql_xcvr* xcvr, int value );
+   /** The module is kept in low power mode. */
    ql_status ( *get_lp_mode )( ql_xcvr* xcvr, int* value );
+   /** Keeps the module in low power mode, or not. */
    ql_status ( *set_lp_mode )( ql_xcvr* xcvr, int value );
+   /** The module is held in reset. */
    ql_status ( *get_reset )( ql_xcvr* xcvr, int* value );
+   /** Holds the module in reset, or not. */
    ql_status ( *set_reset )( ql_xcvr* xcvr, int value );
+   /** The module asks for attention. */
    ql_status ( *get_interrupt )( ql_xcvr* xcvr, int* value );
 } ql_qsfp_ops;
 
@@ -246,16 +305,24 @@ typedef struct ql_xcvr_ops {
    /** QL_XCVR_SFP, QL_XCVR_QSFP or QL_XCVR_CMIS. */
    uint32_t kind;
 
+   /** The callbacks of one kind of cage. */
    union {
+      /** With QL_XCVR_SFP. */
       ql_sfp_ops sfp;
+      /** With QL_XCVR_QSFP. */
       ql_qsfp_ops qsfp;
+      /** With QL_XCVR_CMIS. */
       ql_qsfp_ops cmis;
-   } by_kind;
+   } by_kind; /**< The member that `kind` tells. */
 } ql_xcvr_ops;
 
+/** Record of a transceiver cage. */
 struct ql_xcvr {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_xcvr_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
@@ -263,20 +330,27 @@ struct ql_xcvr {
 typedef struct ql_gpio_ops {
    /** Size of this table in bytes: 32. */
    size_t size;
+   /** Makes the bit 1. */
    ql_status ( *bit_set )( ql_gpio* gpio );
+   /** Makes the bit 0. */
    ql_status ( *bit_clear )( ql_gpio* gpio );
    /** @param value 0 or 1; written on QL_STATUS_OK only */
    ql_status ( *bit_read )( ql_gpio* gpio, uint32_t* value );
 } ql_gpio_ops;
 
+/** Record of a single bit. */
 struct ql_gpio {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_gpio_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
 /** State of a PoE port or of one of its two channels. */
 enum ql_poe_port_state QL_32_BITS {
+   /** Not looking for devices. */
    QL_POE_PORT_DISABLED = 0,
    /** Looking for a powered device. */
    QL_POE_PORT_DETECTING = 1,
@@ -286,34 +360,52 @@ enum ql_poe_port_state QL_32_BITS {
    QL_POE_PORT_REQUESTING_DUAL = 3,
    /** Delivering power. */
    QL_POE_PORT_POWERED = 4,
+   /** Shut off, or kept from power. */
    QL_POE_PORT_FAULT = 5,
+   /** Shut off for more current than allowed. */
    QL_POE_PORT_OVERLOAD = 6
 };
+/** enum ql_poe_port_state, in C too by its name alone. */
 typedef enum ql_poe_port_state ql_poe_port_state;
 
 /** State of a port's pairs: the controller's own number, 0 for every number it does not define. */
 enum ql_poe_port_pair_state QL_32_BITS {
+   /** Number 0. */
    QL_POE_PAIR_STATE_0 = 0,
+   /** Number 1. */
    QL_POE_PAIR_STATE_1 = 1,
+   /** Number 2. */
    QL_POE_PAIR_STATE_2 = 2,
+   /** Number 3. */
    QL_POE_PAIR_STATE_3 = 3
 };
+/** enum ql_poe_port_pair_state, in C too by its name alone. */
 typedef enum ql_poe_port_pair_state ql_poe_port_pair_state;
 
 /** Class that a powered device has shown: IEEE 802.3 classes 0 to 8. */
 enum ql_poe_device_class QL_32_BITS {
+   /** Class 0. */
    QL_POE_CLASS_0 = 0,
+   /** Class 1. */
    QL_POE_CLASS_1 = 1,
+   /** Class 2. */
    QL_POE_CLASS_2 = 2,
+   /** Class 3. */
    QL_POE_CLASS_3 = 3,
+   /** Class 4. */
    QL_POE_CLASS_4 = 4,
+   /** Class 5. */
    QL_POE_CLASS_5 = 5,
+   /** Class 6. */
    QL_POE_CLASS_6 = 6,
+   /** Class 7. */
    QL_POE_CLASS_7 = 7,
+   /** Class 8. */
    QL_POE_CLASS_8 = 8,
    /** Anything else. */
    QL_POE_CLASS_INVALID = 9
 };
+/** enum ql_poe_device_class, in C too by its name alone. */
 typedef enum ql_poe_device_class ql_poe_device_class;
 
 /** What limits the power of a port. Any value but QL_POE_LIMIT_CLASS counts as QL_POE_LIMIT_USER. */
@@ -323,6 +415,7 @@ enum ql_poe_power_limit_mode QL_32_BITS {
    /** A limit in watts. */
    QL_POE_LIMIT_USER = 1
 };
+/** enum ql_poe_power_limit_mode, in C too by its name alone. */
 typedef enum ql_poe_power_limit_mode ql_poe_power_limit_mode;
 
 /**
@@ -354,17 +447,21 @@ typedef struct ql_poe_port_ops {
    ql_status ( *set_limit )( ql_poe_port* port, ql_poe_power_limit_mode mode, float watts );
    /** Whether the port is shut off when power supply `psu` (from 0) fails. */
    ql_status ( *set_shut_off_with_psu )( ql_poe_port* port, uint8_t psu, bool shut_off );
+   /** Gives power to the device that was found, or takes it away. */
    ql_status ( *power_on )( ql_poe_port* port, bool on );
    /** Whether devices from before IEEE 802.3af are detected too. */
    ql_status ( *set_legacy_detect )( ql_poe_port* port, bool legacy );
    /** State of the port, of its primary and its alternative channel, and of its pairs. */
    ql_status ( *get_power_state )( ql_poe_port* port, ql_poe_port_state* state, ql_poe_port_state* primary,
       ql_poe_port_state* alternative, ql_poe_port_pair_state* pair_state );
+   /** Class of the device, and what it shows on the primary and on the alternative channel. */
    ql_status ( *get_device_class )( ql_poe_port* port, ql_poe_device_class* device_class,
       ql_poe_device_class* primary, ql_poe_device_class* alternative );
    /** Watts, of the port and of its two channels. */
    ql_status ( *get_power )( ql_poe_port* port, float* total, float* primary, float* alternative );
+   /** Volts at the port. */
    ql_status ( *get_voltage )( ql_poe_port* port, float* volts );
+   /** Amperes out of the port. */
    ql_status ( *get_current )( ql_poe_port* port, float* amps );
    /** Degrees Celsius. */
    ql_status ( *get_temperature )( ql_poe_port* port, float* degrees );
@@ -374,9 +471,13 @@ typedef struct ql_poe_port_ops {
    size_t ( *get_information )( ql_poe_port* port, char** text );
 } ql_poe_port_ops;
 
+/** Record of a PoE port. */
 struct ql_poe_port {
+   /** Not used by the library. */
    uint64_t reserved;
+   /** The callbacks. */
    const ql_poe_port_ops* ops;
+   /** The library's own; not for the host. */
    void* owner;
 };
 
@@ -397,6 +498,7 @@ struct ql_poe_port {
  * @retval QL_STATUS_IO_ERROR the server could not be reached; the topology was not looked at
  * @retval QL_STATUS_INVALID_ARGUMENT the text is no JSON; an older topology stays in force
  */
+/** @{ */
 ql_status ql_system_init( const char* topology );
 ql_status ql_temp_sensor_init( const char* topology );
 ql_status ql_fan_init( const char* topology );
@@ -406,6 +508,7 @@ ql_status ql_slot_init( const char* topology );
 ql_status ql_xcvr_init( const char* topology );
 ql_status ql_gpio_init( const char* topology );
 ql_status ql_poe_port_init( const char* topology );
+/** @} */
 
 /**
  * A handle on the switch as a whole; each call gives a fresh one. Works before any init.
@@ -422,6 +525,7 @@ ql_system* ql_system_add( const char* args );
  * outlive the slot
  * @return the object, or null; most failures give a line for ql_trace
  */
+/** @{ */
 ql_fan* ql_fan_add( const char* args );
 ql_psu* ql_psu_add( const char* args );
 ql_led* ql_led_add( const char* args );
@@ -429,11 +533,13 @@ ql_slot* ql_slot_add( const char* args );
 ql_xcvr* ql_xcvr_add( const char* args );
 ql_gpio* ql_gpio_add( const char* args );
 ql_poe_port* ql_poe_port_add( const char* args );
+/** @} */
 
 /**
  * As the other add functions, and sets two thresholds on the chip, the alert threshold first. The last add
  * for a device decides what its chip holds.
  *
+ * @param args as for the other add functions
  * @param alert alert threshold in degrees Celsius
  * @param critical critical threshold in degrees Celsius
  */
@@ -473,6 +579,7 @@ QL_HOST_SERVICE ql_timer* ql_timer_add( void ( *function )( void* ), void* argum
 
 /**
  * Arms a timer once: its function is called once, when the interval has passed.
+ * @param timer what ql_timer_add gave
  * @param interval milliseconds
  * @return 0 on success
  */
