@@ -46,7 +46,7 @@ bool Bcm59121::write( std::span<const uint8_t> bytes ) {
 
 std::vector<uint8_t> Bcm59121::read( size_t count ) {
    std::vector<uint8_t> bytes( count, 0xFF );
-   if ( busy_ > 0s ) {
+   if ( busy_ > busy_.zero() ) {
       return bytes;
    }
    for ( auto& byte : bytes ) {
@@ -61,13 +61,13 @@ void Bcm59121::advance( std::chrono::nanoseconds elapsed ) {
    if ( isHeld_ ) {
       return;
    }
-   if ( boot_ > 0s ) {
+   if ( boot_ > boot_.zero() ) {
       boot_ -= elapsed;
-      if ( boot_ > 0s ) {
+      if ( boot_ > boot_.zero() ) {
          return;
       }
       elapsed = -boot_;
-      boot_ = 0s;
+      boot_ = boot_.zero();
       if ( state_.firmware.isRunning() ) {
          state_.start();
       }
@@ -81,7 +81,7 @@ void Bcm59121::reset() {
    state_.firmware.restart();
    boot_ = bootTime;
    reply_.clear();
-   busy_ = 0s;
+   busy_ = busy_.zero();
 }
 
 void Bcm59121::setReset( bool isHeld ) {
