@@ -36,10 +36,19 @@ Host::Host( const std::string& pluginPath, const Board& board, const std::vector
 std::vector<Reading> Host::doWithEach( const Action& action ) {
    std::vector<Reading> readings;
    for ( size_t i = 0; i < count_; ++i ) {
-      readings.push_back( doWith( objects_[i], action ) );
+      readings.push_back( *doWith( objects_[i], action, SoleUse::Mode::Wait ) );
    }
    progress_.shown.end();
    return readings;
+}
+
+std::optional<Reading> Host::tryWith( size_t index, const Action& action ) {
+   return doWith( objects_[index], action, SoleUse::Mode::Try );
+}
+
+bool Host::isComplete() const {
+   return std::none_of(
+      objects_.begin(), objects_.end(), []( auto& object ) { return object.failure.has_value(); } );
 }
 
 void Host::appendHelper( const Board& board ) {
@@ -103,7 +112,16 @@ void Host::add( Object& object ) {
       fmt::format( "not created: {}", reason.empty() ? "the library gave no reason" : reason ) };
 }
 
-Reading Host::doWith( const Object& object, const Action& action ) {
+/** @return nothing if the sole use was tried for and refused */
+std::optional<Reading> Host::doWith( const Object& object, const Action& action, SoleUse::Mode mode ) {
+   SoleUse use( object.entry->kind->needsSoleUse ? mode : SoleUse::Mode::None );
+   if ( use.isRefused() ) {
+      return {};
+   }
+   return doAlone( object, action );
+}
+
+Reading Host::doAlone( const Object& object, const Action& action ) {
    if ( auto failure = obstacle( object ) ) {
       return unreadable( *object.entry, action, *failure );
    }

@@ -3,6 +3,7 @@
 
 #include "Board.h"
 #include "Plugin.h"
+#include "SoleUse.h"
 #include "Supervisor.h"
 
 #include <functional>
@@ -30,6 +31,15 @@ public:
    /** Does the same with each of the objects; with those that failed, with a null record. */
    std::vector<Reading> doWithEach( const Action& action );
 
+   /**
+    * Does it with one of them, unless another process is at its device.
+    * @param index its place among those that were given
+    */
+   std::optional<Reading> tryWith( size_t index, const Action& action );
+
+   /** Whether none of the objects has failed to be made, or before. */
+   bool isComplete() const;
+
 private:
    struct Object {
       const ObjectEntry* entry;
@@ -42,7 +52,8 @@ private:
    void init( const std::string& topology );
    void initKind( std::string_view kind, const std::string& topology );
    void add( Object& object );
-   Reading doWith( const Object& object, const Action& action );
+   std::optional<Reading> doWith( const Object& object, const Action& action, SoleUse::Mode mode );
+   Reading doAlone( const Object& object, const Action& action );
    /** Why nothing can be done with an object, if that is so. */
    std::optional<Failure> obstacle( const Object& object ) const;
    /** Calls the library for an object. @return what it threw, if anything */

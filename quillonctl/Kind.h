@@ -94,6 +94,8 @@ struct Kind {
    const Summary* summary = nullptr;
    /** The waits of its operations, for somebody who looks on; without any, nothing is shown of them. */
    std::span<const Step> steps = {};
+   /** Whether its device takes a request and gives the reply later, so that two hosts would mix them up. */
+   bool needsSoleUse = false;
 };
 
 /** All kinds, in the order of the output. */

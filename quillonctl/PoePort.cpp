@@ -76,4 +76,4 @@ constexpr Step steps[] = {
 } // namespace
 
 const Kind poePortKind = { "poe_port", "PoE ports", glance, Calls::add<ql_poe_port>, Poe::read, "poe",
-   "Shows PoE ports, or sets what they do", commands, true, false, &summary, steps };
+   "Shows PoE ports, or sets what they do", commands, true, false, &summary, steps, true };

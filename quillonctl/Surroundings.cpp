@@ -71,8 +71,10 @@ void requireSimulationFolder() {
    }
 }
 
+fs::path serverSocket() { return fromEnvironment( "QUILLON_SMBUS_SOCKET", "/run/quillon/smbus.sock" ); }
+
 void requireServer() {
-   auto path = fromEnvironment( "QUILLON_SMBUS_SOCKET", "/run/quillon/smbus.sock" );
+   auto path = serverSocket().string();
    if ( auto reason = tryConnect( path ) ) {
       throw HostError(
          QL_STATUS_IO_ERROR, fmt::format( "no SMBus server at {}: {}; start quillon-smbusd, or use --sim",

@@ -18,6 +18,9 @@ bool isSimulation();
 /** Makes the folder of the simulation files. @throw HostError when it can't be written to */
 void requireSimulationFolder();
 
+/** The socket of the SMBus server. */
+std::filesystem::path serverSocket();
+
 /** @throw HostError when nothing listens on the socket of the SMBus server */
 void requireServer();
 
