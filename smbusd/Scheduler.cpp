@@ -1,5 +1,6 @@
 #include "Scheduler.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Smbusd {
@@ -18,6 +19,22 @@ void Scheduler::run( std::shared_ptr<Job> job ) {
    }
 }
 
+void Scheduler::abandon( const std::shared_ptr<Job>& job ) {
+   job->done = [] {};
+   if ( job->ahead_ == 0 ) {
+      return;
+   }
+   for ( auto bus : job->transaction.busses() ) {
+      auto& queue = queues_[bus];
+      bool wasFirst = queue.front() == job;
+      queue.erase( std::ranges::find( queue, job ) );
+      if ( wasFirst ) {
+         moveUp( queue );
+      }
+   }
+   job->ahead_ = 0;
+}
+
 void Scheduler::start( Job& job ) {
    job.transaction.run( loop_, [this, &job] { finish( job ); } );
 }
@@ -29,11 +46,15 @@ void Scheduler::finish( Job& job ) {
       auto& queue = queues_[bus];
       last = std::move( queue.front() );
       queue.pop_front();
-      if ( !queue.empty() && --queue.front()->ahead_ == 0 ) {
-         loop_.post( [this, next = queue.front()] { start( *next ); } );
-      }
+      moveUp( queue );
    }
    job.done();
+}
+
+void Scheduler::moveUp( const Queue& queue ) {
+   if ( !queue.empty() && --queue.front()->ahead_ == 0 ) {
+      loop_.post( [this, next = queue.front()] { start( *next ); } );
+   }
 }
 
 } // namespace Smbusd

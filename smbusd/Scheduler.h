@@ -39,13 +39,20 @@ public:
    /** Runs a job whose transaction is planned, to its end before this returns, or later from the loop. */
    void run( std::shared_ptr<Job> job );
 
+   /** Nobody waits for a job any more: one that has not begun is forgotten, another runs to its end. */
+   void abandon( const std::shared_ptr<Job>& job );
+
 private:
+   using Queue = std::deque<std::shared_ptr<Job>>;
+
    void start( Job& job );
    void finish( Job& job );
+   /** The queue has lost its first. */
+   void moveUp( const Queue& queue );
 
    EventLoop& loop_;
    /** The first of a queue has the bus. */
-   std::unordered_map<Bus*, std::deque<std::shared_ptr<Job>>> queues_;
+   std::unordered_map<Bus*, Queue> queues_;
 };
 
 } // namespace Smbusd

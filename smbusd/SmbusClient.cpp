@@ -12,8 +12,9 @@ SmbusClient::SmbusClient( EventLoop& loop, Descriptor descriptor, Backend& backe
 }
 
 SmbusClient::~SmbusClient() {
-   // A client that vanishes doesn't stop its transaction: a multiplexer is to be released, for instance.
-   job_->done = [] {};
+   // A transaction that has begun is not stopped: a multiplexer is to be released, for instance. One that
+   // waits goes with its client, who could else pile up work by connecting again and again.
+   scheduler_.abandon( job_ );
 }
 
 size_t SmbusClient::take( std::span<const uint8_t> bytes ) {

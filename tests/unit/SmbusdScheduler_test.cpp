@@ -189,6 +189,59 @@ TEST_F( SmbusdScheduler, RunsAJobToItsEndThatNobodyElseHas ) {
    EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
 }
 
+TEST_F( SmbusdScheduler, ForgetsATransactionThatIsAbandonedBeforeItBegins ) {
+   three.holding = true;
+   run( { 3 } );
+   run( { 3 } );
+   std::weak_ptr<Scheduler::Job> abandoned = job;
+   scheduler.abandon( job );
+   run( { 3 } );
+   EXPECT_TRUE( abandoned.expired() );
+   three.release();
+   settle();
+   three.release();
+   settle();
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x12 reg 0x00" ) );
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x12 ) );
+}
+
+TEST_F( SmbusdScheduler, RunsAnAbandonedTransactionThatHasBegunToItsEnd ) {
+   three.holding = true;
+   run( { 3, 3 } );
+   scheduler.abandon( job );
+   run( { 3 } );
+   for ( int i = 0; i < 3; ++i ) {
+      ASSERT_TRUE( three.holds() );
+      three.release();
+      settle();
+   }
+   EXPECT_THAT( three.log, ElementsAre( "0x10 reg 0x00", "0x10 reg 0x00", "0x11 reg 0x00" ) );
+   EXPECT_THAT( ended, ElementsAre( 0x11 ) ) << "nobody is told of the end of an abandoned one";
+}
+
+TEST_F( SmbusdScheduler, GivesTheBusThatAnAbandonedTransactionHadReservedToTheNext ) {
+   three.holding = true;
+   run( { 3 } );
+   run( { 3, 5 } );
+   auto waiting = job;
+   run( { 5 } );
+   EXPECT_THAT( five.log, IsEmpty() );
+   scheduler.abandon( waiting );
+   settle();
+   EXPECT_THAT( five.log, ElementsAre( "0x12 reg 0x00" ) );
+   EXPECT_THAT( ended, ElementsAre( 0x12 ) );
+   three.release();
+   settle();
+   EXPECT_THAT( ended, ElementsAre( 0x12, 0x10 ) );
+}
+
+TEST_F( SmbusdScheduler, AbandonsNothingWhereNothingRuns ) {
+   run( { 3 } );
+   scheduler.abandon( job );
+   run( { 3 } );
+   EXPECT_THAT( ended, ElementsAre( 0x10, 0x11 ) );
+}
+
 TEST_F( SmbusdScheduler, RunsALongQueueWithoutDeepRecursion ) {
    three.holding = true;
    run( { 3 } );

@@ -115,6 +115,18 @@ TEST( SmbusServer, SurvivesWhoVanishesBeforeItsAnswer ) {
    EXPECT_FALSE( server.client().ask( reading( 5, 0x49, 0, 2 ) ).failed() );
 }
 
+TEST( SmbusServer, LetsNobodyPileUpWorkByVanishing ) {
+   Server server;
+   EXPECT_EQ( server.control( "fault outlet slow 200ms" ), "ok" );
+   for ( int i = 0; i < 20; ++i ) {
+      server.client().send( frame( reading( 5, 0x49, 0, 2 ) ) );
+   }
+   auto begin = std::chrono::steady_clock::now();
+   EXPECT_FALSE( server.client().ask( reading( 5, 0x49, 0, 2 ) ).failed() );
+   // The first has begun, and perhaps another that had not been missed yet.
+   EXPECT_LT( std::chrono::steady_clock::now() - begin, std::chrono::seconds( 2 ) );
+}
+
 TEST( SmbusServer, LetsASlowReaderWaitForItselfAlone ) {
    Server server;
    auto slow = server.client();
