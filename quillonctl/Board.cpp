@@ -7,12 +7,39 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <tuple>
+
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/** @throw InputError when a document can't be read */
+void requireDocuments( const fs::path& folder ) {
+   std::vector<std::string> sentences;
+   for ( auto name : { "topology.json", "objects.json" } ) {
+      auto file = folder / name;
+      std::error_code ignored;
+      if ( fs::is_directory( file, ignored ) ) {
+         sentences.push_back( fmt::format(
+            "cannot read {}: it is a folder; put the document there, or name another board with --board",
+            file.string() ) );
+      } else if ( access( file.c_str(), R_OK ) != 0 ) {
+         auto reason = errno;
+         sentences.push_back(
+            fmt::format( "cannot read {}: {}; {} with --board", file.string(), strerror( reason ),
+               reason == EACCES ? "make it readable, or name another board"
+                                : "name a folder that holds topology.json and objects.json" ) );
+      }
+   }
+   if ( !sentences.empty() ) {
+      throw InputError( sentences );
+   }
+}
 
 /** A document that keeps its schema, or null with findings. */
 std::unique_ptr<JsonFile> loadDocument(
@@ -92,6 +119,7 @@ Board Board::load( const std::string& folder ) {
          "no board at {}: {}; name a folder that holds topology.json and objects.json with --board", folder,
          reason ) } );
    }
+   requireDocuments( folder );
    std::vector<Finding> findings;
    auto topology = loadDocument( folder, "topology", findings );
    auto objects = loadDocument( folder, "objects", findings );

@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 #include "JsonWriting.h"
+#include "Unreachable.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -20,11 +21,10 @@ namespace {
 /** The board answers at once; a minute means that nobody is there. */
 constexpr timeval patience = { .tv_sec = 60, .tv_usec = 0 };
 
-HostError unreachable( const std::string& control, int error ) {
+HostError noBoard( const std::string& control, int error ) {
    return { QL_STATUS_IO_ERROR,
-      fmt::format( "no emulated board at {}: {}; start quillon-smbusd with --emulate "
-                   "and --control, and give the same path here with --control",
-         control, strerror( error ) ) };
+      unreachable( "emulated board", control, error,
+         "start quillon-smbusd with --emulate and --control, and give the same path here with --control" ) };
 }
 
 /** A connection to the control socket. */
@@ -52,14 +52,14 @@ public:
    std::string ask( const std::string& line ) {
       auto text = line + "\n";
       if ( send( fd_, text.data(), text.size(), MSG_NOSIGNAL ) != static_cast<ssize_t>( text.size() ) ) {
-         throw unreachable( path_, errno );
+         throw noBoard( path_, errno );
       }
       std::string answer;
       char byte = 0;
       for ( ;; ) {
          auto received = recv( fd_, &byte, 1, 0 );
          if ( received != 1 ) {
-            throw unreachable( path_, received == 0 ? ECONNRESET : errno );
+            throw noBoard( path_, received == 0 ? ECONNRESET : errno );
          }
          if ( byte == '\n' ) {
             return answer;
@@ -72,7 +72,7 @@ private:
    /** The destructor of an object that was never made does not run. */
    [[noreturn]] void fail( int error ) {
       close( fd_ );
-      throw unreachable( path_, error );
+      throw noBoard( path_, error );
    }
 
    std::string path_;

@@ -7,14 +7,32 @@
 #include <filesystem>
 
 #include <dlfcn.h>
+#include <unistd.h>
+
+namespace {
+
+/** Why a file could not be loaded, as dlopen has it, and what to do about it. */
+std::string whyNot( const std::string& path, const std::string& reason ) {
+   // The loader begins with the file that it means.
+   if ( !reason.starts_with( path + ":" ) ) {
+      return fmt::format( "cannot load the plug-in {}, which needs {}; put that file beside the plug-in, or "
+                          "name another plug-in with --plugin",
+         path, reason );
+   }
+   auto isClosed = std::filesystem::exists( path ) && access( path.c_str(), R_OK ) != 0;
+   return fmt::format( "cannot load the plug-in: {}; {}", reason,
+      isClosed ? "make the file readable, or name another with --plugin"
+               : "name the right file with --plugin" );
+}
+
+} // namespace
 
 Plugin::Plugin( const std::string& path )
    // Without a slash in it, dlopen would look for the name in the system's folders.
    : path_( std::filesystem::absolute( path ).lexically_normal() )
    , handle_( dlopen( path_.c_str(), RTLD_NOW | RTLD_LOCAL ) ) {
    if ( !handle_ ) {
-      throw HostError( QL_STATUS_FAILED,
-         fmt::format( "cannot load the plug-in: {}; name the right file with --plugin", dlerror() ) );
+      throw HostError( QL_STATUS_FAILED, whyNot( path_, dlerror() ) );
    }
 }
 
@@ -22,8 +40,8 @@ void* Plugin::symbol( const std::string& name ) const {
    auto address = dlsym( handle_, name.c_str() );
    if ( !address ) {
       throw HostError( QL_STATUS_FAILED,
-         fmt::format(
-            "{} is no plug-in of this kind: it lacks {}; name the right file with --plugin", path_, name ) );
+         fmt::format( "{} is no platform library: it lacks the symbol {}; name the right file with --plugin",
+            path_, name ) );
    }
    return address;
 }

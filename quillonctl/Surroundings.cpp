@@ -1,12 +1,12 @@
 #include "Surroundings.h"
 
 #include "Errors.h"
+#include "Unreachable.h"
 
 #include <fmt/format.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 
 #include <sys/socket.h>
@@ -77,8 +77,8 @@ void requireServer() {
    auto path = serverSocket().string();
    if ( auto reason = tryConnect( path ) ) {
       throw HostError(
-         QL_STATUS_IO_ERROR, fmt::format( "no SMBus server at {}: {}; start quillon-smbusd, or use --sim",
-                                path, strerror( reason ) ) );
+         QL_STATUS_IO_ERROR, unreachable( "SMBus server", path, reason,
+                                "start quillon-smbusd, name its socket with --socket, or use --sim" ) );
    }
 }
 

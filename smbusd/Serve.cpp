@@ -13,11 +13,16 @@
 #include <google/protobuf/stubs/logging.h>
 #include <systemd/sd-daemon.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <string>
+
+#include <fmt/format.h>
+#include <unistd.h>
 
 namespace Smbusd {
 
@@ -35,13 +40,24 @@ void runLoop( EventLoop& loop, const Options& options ) {
    sd_notify( 0, "STOPPING=1" );
 }
 
+/** Before the reader of a document meets its absence: it does not know what a person may do about that. */
+template <typename Error>
+void requireReadable( const std::string& file, const char* remedy ) {
+   if ( access( file.c_str(), R_OK ) != 0 ) {
+      throw Error( fmt::format( "{}: {}; {}", file, strerror( errno ), remedy ) );
+   }
+}
+
 // The order in both: a server goes first, and its sockets with it; then a backend, which waits for transfers
 // under way; then the transactions that these have come from.
 
 void serveBoard( EventLoop& loop, const Options& options ) {
    Scheduler scheduler( loop );
-   auto board = Emulator::loadBoard( std::filesystem::path( options.emulate ) / "emulator.json",
-      [&loop] { return std::chrono::nanoseconds( loop.now().time_since_epoch() ); } );
+   auto file = std::filesystem::path( options.emulate ) / "emulator.json";
+   requireReadable<Emulator::BoardFileError>(
+      file, "name a folder with a readable emulator.json with --emulate" );
+   auto board = Emulator::loadBoard(
+      file, [&loop] { return std::chrono::nanoseconds( loop.now().time_since_epoch() ); } );
    EmulatedBackend backend( loop, board );
    Server server( loop );
    server.serveBusses( options.socket, backend, scheduler );
@@ -54,7 +70,10 @@ void serveBoard( EventLoop& loop, const Options& options ) {
 void serveAdapters( EventLoop& loop, const Options& options ) {
    Scheduler scheduler( loop );
    I2cDev::RealKernel kernel;
-   I2cDev::AdapterBackend backend( loop, kernel, I2cDev::loadMap( options.i2cMap ) );
+   requireReadable<I2cDev::MapFileError>( options.i2cMap, "name a readable map of adapters with --i2c" );
+   auto map = I2cDev::loadMap( options.i2cMap );
+   I2cDev::warnOfUnusable( kernel, map );
+   I2cDev::AdapterBackend backend( loop, kernel, map );
    Server server( loop );
    server.serveBusses( options.socket, backend, scheduler );
    runLoop( loop, options );

@@ -45,8 +45,9 @@ Descriptor lockDirectory( const std::string& path ) {
    auto directory = std::filesystem::absolute( path ).parent_path();
    Descriptor descriptor( open( directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC ) );
    if ( !descriptor ) {
-      refuse( path, fmt::format( "directory {}: {}; make it, or choose another socket", directory.string(),
-                       strerror( errno ) ) );
+      auto remedy = errno == EACCES ? "let the server's user write there" : "make it";
+      refuse( path, fmt::format( "directory {}: {}; {}, or choose another socket", directory.string(),
+                       strerror( errno ), remedy ) );
    }
    flock( descriptor.get(), LOCK_EX );
    return descriptor;
@@ -78,7 +79,8 @@ void bindTo( const Descriptor& descriptor, const std::string& path, const sockad
    auto result = bind( descriptor.get(), reinterpret_cast<const sockaddr*>( &address ), sizeof( address ) );
    umask( mask );
    if ( result < 0 || listen( descriptor.get(), SOMAXCONN ) < 0 ) {
-      refuse( path, fmt::format( "{}; choose another socket", strerror( errno ) ) );
+      auto remedy = errno == EACCES ? "let the server's user write to the directory, or " : "";
+      refuse( path, fmt::format( "{}; {}choose another socket", strerror( errno ), remedy ) );
    }
 }
 

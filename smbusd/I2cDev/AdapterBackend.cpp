@@ -1,8 +1,15 @@
 #include "AdapterBackend.h"
 
 #include "Device.h"
+#include "Errors.h"
 #include "Worker.h"
 
+#include "smbusd/Log.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <set>
 #include <utility>
 
 namespace Smbusd::I2cDev {
@@ -47,6 +54,27 @@ AdapterBackend::~AdapterBackend() = default;
 Bus* AdapterBackend::find( const BusKey& key ) {
    auto found = busses_.find( key );
    return found == busses_.end() ? nullptr : found->second;
+}
+
+void warnOfUnusable( Kernel& kernel, const BusMap& map, const std::filesystem::path& devices ) {
+   std::set<uint32_t> numbers;
+   for ( auto& [key, adapter] : map ) {
+      if ( auto number = std::get_if<uint32_t>( &adapter ) ) {
+         numbers.insert( *number );
+      } else {
+         auto found = findAdapters( std::get<std::string>( adapter ), devices );
+         numbers.insert( found.begin(), found.end() );
+      }
+   }
+   for ( auto number : numbers ) {
+      auto path = fmt::format( "/dev/i2c-{}", number );
+      auto fd = kernel.open( path );
+      if ( fd < 0 ) {
+         Log::warning( "i2c-{}: {}", number, describe( openFailure( errno, path ) ) );
+      } else {
+         kernel.close( fd );
+      }
+   }
 }
 
 } // namespace Smbusd::I2cDev

@@ -7,6 +7,7 @@
 #include "smbusd/Bus.h"
 #include "smbusd/EventLoop.h"
 
+#include <filesystem>
 #include <map>
 #include <memory>
 
@@ -25,6 +26,9 @@ private:
    std::map<AdapterReference, std::unique_ptr<Bus>> adapters_;
    std::map<BusKey, Bus*> busses_;
 };
+
+/** Logs which adapters of a map can't be opened now, and why. They are tried anew when they are used. */
+void warnOfUnusable( Kernel& kernel, const BusMap& map, const std::filesystem::path& devices = sysfsDevices );
 
 } // namespace Smbusd::I2cDev
 

@@ -72,7 +72,8 @@ Outcome Device::findNumber() {
    auto numbers = findAdapters( wanted, devices_ );
    name_ = wanted;
    if ( numbers.empty() ) {
-      return { I2c::Result::NoBus, "no adapter has this name" };
+      return { I2c::Result::NoBus,
+         "no adapter has this name; load its driver, or correct the map of adapters" };
    }
    if ( numbers.size() > 1 ) {
       return { I2c::Result::NoBus,

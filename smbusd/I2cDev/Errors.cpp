@@ -19,10 +19,10 @@ Outcome openFailure( int error, const std::string& path ) {
    case ENOENT:
    case ENODEV:
    case ENXIO:
-      return { I2c::Result::NoBus, detail };
+      return { I2c::Result::NoBus, detail + "; load i2c-dev, or correct the map of adapters" };
    case EACCES:
    case EPERM:
-      return { I2c::Result::NotPermitted, detail };
+      return { I2c::Result::NotPermitted, detail + "; put the server's user into the group of this device" };
    default:
       return { I2c::Result::IoError, detail };
    }

@@ -89,7 +89,7 @@ AdapterReference adapterOf( const JsonPlace& place, const std::filesystem::path&
          fmt::format( "several adapters have this name: {}; give a number", listAdapters( numbers ) ) );
    }
    if ( numbers.empty() ) {
-      Log::warning( "no adapter is called {} as yet", name );
+      Log::warning( "no adapter is called {} as yet; load its driver, or correct the map", name );
    }
    return name;
 }

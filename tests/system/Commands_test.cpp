@@ -265,7 +265,7 @@ TEST_F( Commands, SayThatThereIsNoServer ) {
       run( { "--board", boardOf( "", "" ), "--socket", "/nowhere", "--json", "led", "status", "good" } );
 
    EXPECT_EQ( result.err, "quillonctl: status: no SMBus server at /nowhere: No such file or directory; start "
-                          "quillon-smbusd, or use --sim\n" );
+                          "quillon-smbusd, name its socket with --socket, or use --sim\n" );
    EXPECT_THAT( result.out, HasSubstr( R"("name":"status","setting":null,"state":"failed","error":{)" ) );
    EXPECT_EQ( result.exitStatus, 1 );
 }

@@ -171,20 +171,25 @@ TEST_F( SomeDocuments, AreMissing ) {
 
    auto result = run( { "--sim", "--board", ( folder / "board" ).string(), "status" } );
 
-   EXPECT_EQ(
-      result.err, fmt::format( "quillonctl: cannot read {}/board/objects.json: No such file or directory\n",
-                     folder.string() ) );
+   EXPECT_EQ( result.err,
+      fmt::format(
+         "quillonctl: cannot read {}/board/objects.json: No such file or directory; name a folder that holds "
+         "topology.json and objects.json with --board\n",
+         folder.string() ) );
    EXPECT_EQ( result.out, "" );
    EXPECT_EQ( result.exitStatus, 2 );
 }
 
 TEST_F( SomeDocuments, AreNoFiles ) {
    std::filesystem::create_directories( folder / "board" / "topology.json" );
+   write( "board/objects.json", "{}" );
 
    auto result = run( { "--sim", "--board", ( folder / "board" ).string(), "status" } );
 
-   EXPECT_EQ( result.err,
-      fmt::format( "quillonctl: cannot read {}/board/topology.json: Is a directory\n", folder.string() ) );
+   EXPECT_EQ(
+      result.err, fmt::format( "quillonctl: cannot read {}/board/topology.json: it is a folder; put the "
+                               "document there, or name another board with --board\n",
+                     folder.string() ) );
    EXPECT_EQ( result.exitStatus, 2 );
 }
 

@@ -93,7 +93,7 @@ TEST_F( Host, SaysAtOnceThatThereIsNoServer ) {
 
    EXPECT_EQ( result.out, "" );
    EXPECT_EQ( result.err, fmt::format( "quillonctl: no SMBus server at {}: No such file or directory; start "
-                                       "quillon-smbusd, or use --sim\n",
+                                       "quillon-smbusd, name its socket with --socket, or use --sim\n",
                              socket ) );
    EXPECT_EQ( result.exitStatus, 1 );
    EXPECT_LT( std::chrono::steady_clock::now() - begin, std::chrono::seconds( 1 ) );
@@ -105,10 +105,9 @@ TEST_F( Host, SaysThatNobodyListensOnTheSocket ) {
 
    auto result = run( { "--socket", socket, "status" } );
 
-   EXPECT_EQ( result.err,
-      fmt::format(
-         "quillonctl: no SMBus server at {}: Connection refused; start quillon-smbusd, or use --sim\n",
-         socket ) );
+   EXPECT_EQ( result.err, fmt::format( "quillonctl: no SMBus server at {}: Connection refused; start "
+                                       "quillon-smbusd, name its socket with --socket, or use --sim\n",
+                             socket ) );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 
@@ -117,10 +116,9 @@ TEST_F( Host, SaysThatThePathOfASocketIsTooLong ) {
 
    auto result = run( { "--socket", socket, "status" } );
 
-   EXPECT_EQ( result.err,
-      fmt::format(
-         "quillonctl: no SMBus server at {}: File name too long; start quillon-smbusd, or use --sim\n",
-         socket ) );
+   EXPECT_EQ( result.err, fmt::format( "quillonctl: no SMBus server at {}: File name too long; start "
+                                       "quillon-smbusd, name its socket with --socket, or use --sim\n",
+                             socket ) );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 
@@ -155,8 +153,9 @@ TEST_F( Host, WritesEveryObjectAsFailedWithoutAServer ) {
    EXPECT_STREQ( poe["state"].GetString(), "failed" );
    EXPECT_STREQ( poe["error"]["status"].GetString(), "QL_STATUS_IO_ERROR" );
    EXPECT_EQ( poe["error"]["code"].GetInt(), 4 );
-   EXPECT_STREQ( poe["error"]["message"].GetString(),
-      "no SMBus server at /nowhere: No such file or directory; start quillon-smbusd, or use --sim" );
+   EXPECT_STREQ(
+      poe["error"]["message"].GetString(), "no SMBus server at /nowhere: No such file or directory; start "
+                                           "quillon-smbusd, name its socket with --socket, or use --sim" );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 
@@ -185,10 +184,10 @@ TEST_F( Host, SaysWhichSymbolALibraryLacks ) {
    auto result = run( { "--sim", "--plugin", NO_PLUGIN, "status" } );
 
    EXPECT_EQ( result.out, "" );
-   EXPECT_EQ(
-      result.err, fmt::format( "quillonctl: {} is no plug-in of this kind: it lacks ql_temp_sensor_init; "
-                               "name the right file with --plugin\n",
-                     NO_PLUGIN ) );
+   EXPECT_EQ( result.err,
+      fmt::format( "quillonctl: {} is no platform library: it lacks the symbol ql_temp_sensor_init; "
+                   "name the right file with --plugin\n",
+         NO_PLUGIN ) );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 

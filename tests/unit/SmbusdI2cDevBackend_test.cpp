@@ -4,6 +4,7 @@
 #include "SmbusdMockKernel.h"
 
 #include <atomic>
+#include <cstdlib>
 #include <future>
 #include <thread>
 
@@ -120,4 +121,49 @@ TEST_F( SmbusdI2cDevBackend, WaitsForTransfersUnderWayAtItsEnd ) {
    begun.get_future().wait();
    backend.reset();
    EXPECT_TRUE( done );
+}
+
+namespace {
+
+/** What the log has to say of a map before it is used. */
+std::string warnings(
+   Kernel& kernel, const BusMap& map, const std::filesystem::path& devices = "/nonexistent" ) {
+   unsetenv( "JOURNAL_STREAM" );
+   testing::internal::CaptureStderr();
+   warnOfUnusable( kernel, map, devices );
+   return testing::internal::GetCapturedStderr();
+}
+
+} // namespace
+
+TEST( SmbusdI2cDevPreview, SaysOnceWhichAdaptersCanNotBeOpened ) {
+   NiceMock<MockKernel> kernel;
+   ON_CALL( kernel, open( "/dev/i2c-1" ) ).WillByDefault( FailWith( EACCES ) );
+   ON_CALL( kernel, open( "/dev/i2c-2" ) ).WillByDefault( FailWith( ENOENT ) );
+
+   EXPECT_EQ( warnings( kernel, { { three, 1U }, { alsoThree, 1U }, { five, 2U } } ),
+      "quillon-smbusd: i2c-1: not permitted (/dev/i2c-1: Permission denied; put the server's user into the "
+      "group of "
+      "this device)\n"
+      "quillon-smbusd: i2c-2: no such bus (/dev/i2c-2: No such file or directory; load i2c-dev, or correct "
+      "the map "
+      "of adapters)\n" );
+}
+
+TEST( SmbusdI2cDevPreview, LooksAtAdaptersThatHaveANameToo ) {
+   SysfsTree sysfs;
+   sysfs.add( "i2c-7", "some adapter" );
+   NiceMock<MockKernel> kernel;
+   ON_CALL( kernel, open( "/dev/i2c-7" ) ).WillByDefault( FailWith( EPERM ) );
+
+   EXPECT_THAT( warnings( kernel, { { three, "some adapter" }, { five, "none" } }, sysfs.path() ),
+      testing::StartsWith( "quillon-smbusd: i2c-7: not permitted (/dev/i2c-7: Operation not permitted; " ) );
+}
+
+TEST( SmbusdI2cDevPreview, LeavesNothingOpen ) {
+   testing::StrictMock<MockKernel> kernel;
+   EXPECT_CALL( kernel, open( "/dev/i2c-1" ) ).WillOnce( Return( 101 ) );
+   EXPECT_CALL( kernel, close( 101 ) );
+
+   EXPECT_EQ( warnings( kernel, { { three, 1U } } ), "" );
 }

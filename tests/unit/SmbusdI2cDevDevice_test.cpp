@@ -102,14 +102,16 @@ TEST_F( SmbusdI2cDevDevice, TellsWhatTheAdapterLacks ) {
 TEST_F( SmbusdI2cDevDevice, TellsThatThereIsNoSuchAdapter ) {
    EXPECT_CALL( kernel, open ).WillOnce( FailWith( ENOENT ) );
    use( 3U );
-   EXPECT_EQ( transfer(), "no such bus (/dev/i2c-3: No such file or directory)" );
+   EXPECT_EQ( transfer(),
+      "no such bus (/dev/i2c-3: No such file or directory; load i2c-dev, or correct the map of adapters)" );
 }
 
 TEST_F( SmbusdI2cDevDevice, IsClosedWhenItDoesNotTellItsFunctions ) {
    EXPECT_CALL( kernel, functions ).WillOnce( FailWith( ENODEV ) );
    EXPECT_CALL( kernel, close( deviceFd ) );
    use( 3U );
-   EXPECT_EQ( transfer(), "no such bus (/dev/i2c-3: No such device)" );
+   EXPECT_EQ(
+      transfer(), "no such bus (/dev/i2c-3: No such device; load i2c-dev, or correct the map of adapters)" );
 }
 
 TEST_F( SmbusdI2cDevDevice, IsOpenedAnewWhenItCouldNotBeOpened ) {
@@ -168,7 +170,8 @@ TEST_F( SmbusdI2cDevDevice, OfANameIsFoundAgainUnderAnotherNumber ) {
 TEST_F( SmbusdI2cDevDevice, OfANameThatNoAdapterHasIsNoBus ) {
    EXPECT_CALL( kernel, open ).Times( 0 );
    use( "some adapter" );
-   EXPECT_EQ( transfer(), "no such bus (no adapter has this name)" );
+   EXPECT_EQ(
+      transfer(), "no such bus (no adapter has this name; load its driver, or correct the map of adapters)" );
    EXPECT_EQ( device->name(), "some adapter" );
 }
 

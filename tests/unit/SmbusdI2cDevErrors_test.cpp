@@ -34,11 +34,17 @@ const Row transferRows[] = {
 };
 
 const Row openRows[] = {
-   { ENOENT, I2c::Result::NoBus, "no such bus (/dev/i2c-7: No such file or directory)" },
-   { ENODEV, I2c::Result::NoBus, "no such bus (/dev/i2c-7: No such device)" },
-   { ENXIO, I2c::Result::NoBus, "no such bus (/dev/i2c-7: No such device or address)" },
-   { EACCES, I2c::Result::NotPermitted, "not permitted (/dev/i2c-7: Permission denied)" },
-   { EPERM, I2c::Result::NotPermitted, "not permitted (/dev/i2c-7: Operation not permitted)" },
+   { ENOENT, I2c::Result::NoBus,
+      "no such bus (/dev/i2c-7: No such file or directory; load i2c-dev, or correct the map of adapters)" },
+   { ENODEV, I2c::Result::NoBus,
+      "no such bus (/dev/i2c-7: No such device; load i2c-dev, or correct the map of adapters)" },
+   { ENXIO, I2c::Result::NoBus,
+      "no such bus (/dev/i2c-7: No such device or address; load i2c-dev, or correct the map of adapters)" },
+   { EACCES, I2c::Result::NotPermitted,
+      "not permitted (/dev/i2c-7: Permission denied; put the server's user into the group of this device)" },
+   { EPERM, I2c::Result::NotPermitted,
+      "not permitted (/dev/i2c-7: Operation not permitted; put the server's user into the group of this "
+      "device)" },
    { EMFILE, I2c::Result::IoError, "I/O error (/dev/i2c-7: Too many open files)" },
 };
 

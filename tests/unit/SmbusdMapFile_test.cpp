@@ -174,7 +174,8 @@ TEST( SmbusdMapFile, MayNameAnAdapterThatIsNotThereYet ) {
    testing::internal::CaptureStderr();
    EXPECT_EQ( refusal( oneBus( R"("master": "I2C", "bus": 3, "adapter": "some adapter")" ) ), "accepted" );
    EXPECT_THAT( testing::internal::GetCapturedStderr(),
-      testing::EndsWith( "quillon-smbusd: no adapter is called some adapter as yet\n" ) );
+      testing::EndsWith( "quillon-smbusd: no adapter is called some adapter as yet; load its driver, or "
+                         "correct the map\n" ) );
 }
 
 TEST( SmbusdMapFile, ThatIsNotThereIsRefused ) {

@@ -30,9 +30,11 @@ const Row usageErrors[] = {
       "--log-level: loud not in {debug,error,info,warning}; see quillon-smbusd --help" },
    { { "--i2c", "a", "b" }, "The following argument was not expected: b; see quillon-smbusd --help" },
    { { "--bogus" }, "The following argument was not expected: --bogus; see quillon-smbusd --help" },
-   { { "--emulate", "/nonexistent" },
-      "/nonexistent/emulator.json: cannot be read: No such file or directory" },
-   { { "--i2c", "/nonexistent" }, "/nonexistent: cannot be read: No such file or directory" },
+   { { "--emulate", "/nonexistent" }, "/nonexistent/emulator.json: No such file or directory; name a folder "
+                                      "with a readable emulator.json with "
+                                      "--emulate" },
+   { { "--i2c", "/nonexistent" },
+      "/nonexistent: No such file or directory; name a readable map of adapters with --i2c" },
 };
 
 } // namespace
@@ -109,7 +111,9 @@ TEST( SmbusServerCommandLine, LogsNoMoreThanItsLevel ) {
 
 TEST( SmbusServerCommandLine, MarksItsLogForTheJournal ) {
    auto result = run( { "--i2c", "/nonexistent" }, { { "JOURNAL_STREAM", "8:1" } } );
-   EXPECT_EQ( result.err, "<3>quillon-smbusd: /nonexistent: cannot be read: No such file or directory\n" );
+   EXPECT_EQ( result.err,
+      "<3>quillon-smbusd: /nonexistent: No such file or directory; name a readable map of "
+      "adapters with --i2c\n" );
 }
 
 TEST( SmbusServerCommandLine, TellsTheVersion ) {

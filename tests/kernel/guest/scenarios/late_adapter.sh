@@ -5,7 +5,7 @@ start_server
 contains "the server warns" "$( cat /run/server.log )" "no adapter is called SMBus stub driver as yet"
 status inlet
 is "quillonctl reports a failure" "$exit_status" 1
-contains "inlet has its cause" "$( object inlet )" "no such bus (no adapter has this name)"
+contains "inlet has its cause" "$( object inlet )" "no such bus (no adapter has this name; load its driver, or correct the map of adapters)"
 
 load_chips
 poke 0x48 0 0x0019
