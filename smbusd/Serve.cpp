@@ -10,6 +10,7 @@
 
 #include "emulator/BoardFile.h"
 
+#include <fmt/format.h>
 #include <google/protobuf/stubs/logging.h>
 #include <systemd/sd-daemon.h>
 
@@ -21,7 +22,6 @@
 #include <filesystem>
 #include <string>
 
-#include <fmt/format.h>
 #include <unistd.h>
 
 namespace Smbusd {
