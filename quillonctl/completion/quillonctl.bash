@@ -17,7 +17,7 @@ _quillonctl() {
       --trace)
          mapfile -t COMPREPLY < <( compgen -W "0 1 2 3 4 5 6" -- "$current" )
          return ;;
-      --interval | --count)
+      --interval | --count | --listen)
          return ;;
    esac
 
@@ -27,13 +27,18 @@ _quillonctl() {
       case ${words[i]} in
          --board)
             board=( --board "${words[++i]}" ) ;;
-         --plugin | --socket | --control | --trace | --interval | --count)
+         --plugin | --socket | --control | --trace | --interval | --count | --listen)
             (( ++i )) ;;
          -*) ;;
          *)
             before+=( "${words[i]}" ) ;;
       esac
    done
+
+   if [[ ${before[0]} == check && $current != -* ]]; then
+      mapfile -t COMPREPLY < <( compgen -d -- "$current" )
+      return
+   fi
 
    mapfile -t COMPREPLY < <(
       "${words[0]}" "${board[@]}" complete ${#before[@]} "${before[@]}" "$current" 2>/dev/null )

@@ -3,10 +3,14 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <ostream>
+#include <sstream>
 
 using ::testing::Contains;
 using ::testing::HasSubstr;
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -32,6 +36,26 @@ protected:
       return result.out.substr( 0, result.out.size() - 1 );
    }
 
+   /** What zsh offers behind each of these beginnings, in words. */
+   std::vector<std::string> offeredByZsh( const std::vector<std::string>& beginnings ) const {
+      std::string lines;
+      for ( auto& line : beginnings ) {
+         lines += fmt::format( "{} {}\n", QUILLONCTL, line );
+      }
+      write( "lines", lines );
+      auto command = fmt::format( "'{}' '{}' < '{}'", ZSH_COMPLETION,
+         fs::path( COMPLETION ).parent_path().string(), ( folder / "lines" ).string() );
+      auto result = Process( { "/bin/sh", "-c", command }, environment ).wait();
+      EXPECT_EQ( result.err, "" );
+      std::vector<std::string> offers;
+      std::istringstream out( result.out );
+      for ( std::string offer; std::getline( out, offer ); ) {
+         offers.push_back( offer );
+      }
+      offers.resize( beginnings.size() );
+      return offers;
+   }
+
    std::string board;
 };
 
@@ -40,48 +64,72 @@ struct Line {
    const char* offered;
 };
 
+const Line lines[] = {
+   { "", "status system fan slot xcvr poe led gpio emu" },
+   { "s", "status system slot" },
+   { "stat", "status" },
+   { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },
+   { "status f", "fan1" },
+   { "status inlet --interval 2 fan", "fan1" },
+   { "fan ", "fan1 rack:fan2" },
+   { "fan fan1 ", "rpm" },
+   { "fan fan1 rpm ", "" },
+   { "led ", "status" },
+   { "led status ", "off good warning bad inactive unknown beacon release" },
+   { "led status b", "bad beacon" },
+   { "xcvr sfp1 ", "tx-disable" },
+   { "xcvr sfp1 tx-disable ", "on off" },
+   { "xcvr sfp1 tx-disable on ", "" },
+   { "gpio poe.reset ", "get set clear" },
+   { "poe ", "port1 status firmware" },
+   { "poe port1 ", "init pse on off limit legacy shutoff report" },
+   { "poe port1 shutoff ", "1 2 3" },
+   { "poe firmware ", "show update" },
+   { "poe status --a", "--all" },
+   { "system ", "version reload-cause poe-reboot" },
+   { "system poe-reboot ", "keep reset" },
+   { "--json --trace 3 led status g", "good" },
+   { "--trace ", "0 1 2 3 4 5 6" },
+   { "--js", "--json" },
+   { "fan --so", "--socket" },
+   { "status --in", "--interval" },
+   { "fan --in", "" },
+   { "status --h", "--help" },
+   { "emu ", "" },
+   { "nonsense ", "" },
+};
+
 } // namespace
 
 TEST_F( Completion, OffersWhatMayFollow ) {
-   const Line rows[] = {
-      { "", "status system fan slot xcvr poe led gpio emu" },
-      { "s", "status system slot" },
-      { "stat", "status" },
-      { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },
-      { "status f", "fan1" },
-      { "status inlet --interval 2 fan", "fan1" },
-      { "fan ", "fan1 rack:fan2" },
-      { "fan fan1 ", "rpm" },
-      { "fan fan1 rpm ", "" },
-      { "led ", "status" },
-      { "led status ", "off good warning bad inactive unknown beacon release" },
-      { "led status b", "bad beacon" },
-      { "xcvr sfp1 ", "tx-disable" },
-      { "xcvr sfp1 tx-disable ", "on off" },
-      { "xcvr sfp1 tx-disable on ", "" },
-      { "gpio poe.reset ", "get set clear" },
-      { "poe ", "port1 status firmware" },
-      { "poe port1 ", "init pse on off limit legacy shutoff report" },
-      { "poe port1 shutoff ", "1 2 3" },
-      { "poe firmware ", "show update" },
-      { "poe status --a", "--all" },
-      { "system ", "version reload-cause poe-reboot" },
-      { "system poe-reboot ", "keep reset" },
-      { "--json --trace 3 led status g", "good" },
-      { "--trace ", "0 1 2 3 4 5 6" },
-      { "--js", "--json" },
-      { "fan --so", "--socket" },
-      { "status --in", "--interval" },
-      { "fan --in", "" },
-      { "status --h", "--help" },
-      { "emu ", "" },
-      { "nonsense ", "" },
-      // Behind a colon, bash replaces only what stands there.
-      { "fan rack:f", "fan2" },
-   };
-   for ( auto& row : rows ) {
+   for ( auto& row : lines ) {
       EXPECT_EQ( offered( row.line ), row.offered ) << row.line;
    }
+}
+
+TEST_F( Completion, OffersTheSameInZsh ) {
+   std::vector<std::string> beginnings;
+   for ( auto& row : lines ) {
+      beginnings.push_back( row.line );
+   }
+
+   auto offers = offeredByZsh( beginnings );
+
+   for ( size_t i = 0; i < offers.size(); ++i ) {
+      EXPECT_EQ( offers[i], lines[i].offered ) << lines[i].line;
+   }
+}
+
+TEST_F( Completion, ReplacesInBashOnlyWhatStandsBehindAColon ) {
+   EXPECT_EQ( offered( "fan rack:f" ), "fan2" );
+   EXPECT_EQ( offeredByZsh( { "fan rack:f" } ).front(), "rack:fan2" );
+}
+
+TEST_F( Completion, OffersFoldersForACheck ) {
+   auto beginning = fmt::format( "check {}/be", folder.string() );
+
+   EXPECT_EQ( offered( beginning ), board );
+   EXPECT_EQ( offeredByZsh( { beginning } ).front(), "bench" );
 }
 
 TEST_F( Completion, TakesTheBoardOfTheLine ) {
@@ -92,7 +140,10 @@ TEST_F( Completion, TakesTheBoardOfTheLine ) {
 }
 
 TEST_F( Completion, OffersFoldersForABoard ) {
-   EXPECT_EQ( offered( fmt::format( "--board {}/be", folder.string() ) ), board );
+   auto beginning = fmt::format( "--board {}/be", folder.string() );
+
+   EXPECT_EQ( offered( beginning ), board );
+   EXPECT_EQ( offeredByZsh( { beginning } ).front(), "bench" );
 }
 
 TEST_F( Completion, OffersNothingForAWrongBoard ) {
