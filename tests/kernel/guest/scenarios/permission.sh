@@ -5,7 +5,7 @@ deny_access
 start_server
 status inlet
 is "quillonctl reports a failure" "$exit_status" 1
-contains "inlet has its cause" "$( object inlet )" "not permitted (/dev/i2c-$adapter: Permission denied)"
+contains "inlet has its cause" "$( object inlet )" "not permitted (/dev/i2c-$adapter: Permission denied; put the server's user into the group of this device)"
 
 allow_access
 status inlet
