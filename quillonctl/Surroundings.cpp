@@ -71,7 +71,10 @@ void requireSimulationFolder() {
    }
 }
 
-fs::path serverSocket() { return fromEnvironment( "QUILLON_SMBUS_SOCKET", "/run/quillon/smbus.sock" ); }
+fs::path serverSocket() {
+   auto path = fromEnvironment( "QUILLON_SMBUS_SOCKET", "" );
+   return path.empty() ? "/run/quillon/smbus.sock" : path;
+}
 
 void requireServer() {
    auto path = serverSocket().string();

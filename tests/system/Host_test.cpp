@@ -128,6 +128,12 @@ TEST_F( Host, TakesTheSocketFromTheEnvironment ) {
    EXPECT_THAT( run( { "status" } ).err, HasSubstr( "no SMBus server at /nowhere/smbus.sock: " ) );
 }
 
+TEST_F( Host, TakesAnEmptySocketForTheLibrarysOwn ) {
+   environment["QUILLON_SMBUS_SOCKET"] = "";
+
+   EXPECT_THAT( run( { "status", "inlet" } ).err, Not( HasSubstr( "no SMBus server at : " ) ) );
+}
+
 TEST_F( Host, FindsAServerThatListens ) {
    auto socket = ( folder / "smbus.sock" ).string();
    ListeningSocket server( socket );
