@@ -10,3 +10,5 @@ target_include_directories( rapidjson SYSTEM INTERFACE ${RapidJSON_INCLUDE_DIRS}
 
 find_package( PkgConfig REQUIRED )
 pkg_check_modules( systemd REQUIRED IMPORTED_TARGET libsystemd )
+pkg_check_modules( prometheus REQUIRED IMPORTED_TARGET prometheus-cpp-core )
+pkg_check_modules( microhttpd REQUIRED IMPORTED_TARGET libmicrohttpd )

@@ -5,6 +5,7 @@
 #include "HostServices.h"
 #include "ObjectCommand.h"
 #include "Output.h"
+#include "ServeCommand.h"
 #include "StatusCommand.h"
 #include "Surroundings.h"
 #include "Task.h"
@@ -32,6 +33,7 @@ Examples:
   quillonctl xcvr sfp1                       the signals of a module
   quillonctl poe status                      the PoE ports that have something plugged in
   quillonctl poe 'port[1-8]' on              power for eight ports
+  quillonctl serve                           metrics and a page, on port 9633
   quillonctl emu set inlet.temperature 71.5  warms a sensor of the emulated board)";
 
 std::string besideProgram( const char* path ) {
@@ -94,6 +96,15 @@ public:
       status->add_flag(
          "--fail-on-alert", status_.failOnAlert, "Exit status 3 when something is past a limit" );
 
+      serveCommand_ = app_.add_subcommand( "serve", "Serves metrics for Prometheus, and a page for people" );
+      serveCommand_->add_option( "--listen", serve_.listen, "Address and port; 0.0.0.0 is for everybody" )
+         ->type_name( "ADDRESS:PORT" )
+         ->capture_default_str();
+      serveCommand_->add_option( "--interval", serve_.interval, "From one reading of an object to the next" )
+         ->type_name( "SECONDS" )
+         ->check( CLI::Range( 0.1, 3600.0 ) )
+         ->capture_default_str();
+
       for ( auto kind : kinds() ) {
          if ( !kind->commands.empty() ) {
             addCommandsOf( *kind );
@@ -145,6 +156,9 @@ private:
          return completeCommand( options_, commandWords(), flagsOf( command ), words );
       }
       prepare();
+      if ( serveCommand_->parsed() ) {
+         return serveCommand( options_, serve_ );
+      }
       for ( auto& [kind, command] : objectCommands_ ) {
          if ( command->parsed() ) {
             words_.insert( words_.end(), flags_.begin(), flags_.end() );
@@ -234,6 +248,8 @@ private:
    Options options_;
    StatusOptions status_;
    std::string control_ = "/run/quillon/control.sock";
+   ServeOptions serve_;
+   CLI::App* serveCommand_ = nullptr;
    CLI::App* emu_ = nullptr;
    CLI::App* complete_ = nullptr;
    std::map<const Kind*, CLI::App*> objectCommands_;

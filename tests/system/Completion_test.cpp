@@ -65,8 +65,8 @@ struct Line {
 };
 
 const Line lines[] = {
-   { "", "status system fan slot xcvr poe led gpio emu" },
-   { "s", "status system slot" },
+   { "", "status serve system fan slot xcvr poe led gpio emu" },
+   { "s", "status serve system slot" },
    { "stat", "status" },
    { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },
    { "status f", "fan1" },

@@ -39,6 +39,8 @@ public:
 
    void send( int signal ) const;
 
+   pid_t pid() const { return pid_; }
+
    /** How many descriptors it has open. */
    size_t descriptors() const;
 
