@@ -21,5 +21,6 @@ install( FILES ${CMAKE_BINARY_DIR}/QuillonConfig.cmake ${CMAKE_BINARY_DIR}/Quill
 
 set( pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig )
 file( RELATIVE_PATH PREFIX_OF_PKGCONFIG /${pkgconfig_folder} / )
+string( REGEX REPLACE "/$" "" PREFIX_OF_PKGCONFIG ${PREFIX_OF_PKGCONFIG} )
 configure_file( cmake/quillon.pc.in ${CMAKE_BINARY_DIR}/quillon.pc @ONLY )
 install( FILES ${CMAKE_BINARY_DIR}/quillon.pc DESTINATION ${pkgconfig_folder} COMPONENT development )
