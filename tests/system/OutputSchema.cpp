@@ -8,6 +8,7 @@
 #include <fstream>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 using rapidjson::Document;
 using rapidjson::Value;
@@ -89,17 +90,19 @@ std::string OutputSchema::complaint( const std::string& line ) const {
       if ( !value.IsObject() ) {
          return;
       }
-      for ( auto& member : value.GetObject() ) {
-         self( self, member.value );
-         Value kept( member.value, allocator );
-         member.value.SetObject().AddMember( "odd", 1, allocator );
+      // Iterators of what is not const can't be compared in C++20 without an ambiguity.
+      for ( auto& member : std::as_const( value ).GetObject() ) {
+         auto& inner = value[member.name];
+         self( self, inner );
+         Value kept( inner, allocator );
+         inner.SetObject().AddMember( "odd", 1, allocator );
          refuses( fmt::format( "an object as {}", member.name.GetString() ) );
-         member.value = kept;
+         inner = kept;
       }
       Value whole( value, allocator );
       value.AddMember( "surprise", 1, allocator );
       refuses( "a member more" );
-      for ( auto& member : whole.GetObject() ) {
+      for ( auto& member : std::as_const( whole ).GetObject() ) {
          value.CopyFrom( whole, allocator );
          value.RemoveMember( member.name );
          refuses( fmt::format( "no {}", member.name.GetString() ) );
