@@ -41,7 +41,8 @@ class Shell:
     def run(self, command: str, is_enough) -> str:
         """What the command prints; a program in the background may go on until that is enough."""
         end = "end of the command"
-        self.process.stdin.write(f"{command}\necho {end}\n")
+        # As with a person, who sees that a job has ended, its number is free for the next.
+        self.process.stdin.write(f"{command}\njobs > /dev/null\necho {end}\n")
         self.process.stdin.flush()
         limit = time.monotonic() + PATIENCE
         printed = ""
