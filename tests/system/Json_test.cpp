@@ -287,8 +287,9 @@ TEST_F( Json, SchemasDescribeEveryValue ) {
       std::ifstream file( entry.path() );
       std::ostringstream text;
       text << file.rdbuf();
-      rapidjson::Document schema;
-      ASSERT_FALSE( schema.Parse( text.str().c_str() ).HasParseError() ) << entry.path();
+      rapidjson::Document document;
+      ASSERT_FALSE( document.Parse( text.str().c_str() ).HasParseError() ) << entry.path();
+      const rapidjson::Value& schema = document;
       for ( auto& definition : schema["definitions"].GetObject() ) {
          if ( definition.value.HasMember( "properties" ) &&
               definition.value["properties"].HasMember( "state" ) ) {
