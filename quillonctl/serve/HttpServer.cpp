@@ -13,9 +13,9 @@ namespace {
 
 /** Seconds of silence after which a client has no more to say. */
 constexpr unsigned patience = 10;
-constexpr unsigned mostConnections = 400;
+constexpr unsigned mostConnections = 600;
 /** One host alone does not keep the others out. */
-constexpr unsigned mostConnectionsOfOne = 100;
+constexpr unsigned mostConnectionsOfOne = 300;
 
 constexpr const char* textType = "text/plain; charset=utf-8";
 

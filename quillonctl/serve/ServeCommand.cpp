@@ -2,6 +2,7 @@
 
 #include "FrontPanel.h"
 #include "HttpServer.h"
+#include "JsonWriting.h"
 #include "Metrics.h"
 #include "Output.h"
 #include "Reader.h"
@@ -87,7 +88,7 @@ public:
    }
 
    int run() {
-      write( fmt::format( "Serving http://{0}/ and http://{0}/metrics\n", listener_.address() ) );
+      write( announcement() );
       sd_notifyf( 0, "READY=1\nSTATUS=Serving %s", listener_.address().c_str() );
       while ( wait() ) {
          http_.run();
@@ -98,6 +99,21 @@ public:
    }
 
 private:
+   /** Where it answers. */
+   std::string announcement() const {
+      auto url = fmt::format( "http://{}/", listener_.address() );
+      if ( !options_.json ) {
+         return fmt::format( "Serving {0} and {0}metrics\n", url );
+      }
+      return Json::lineOf( [&]( auto& json ) {
+         Json::writeMember( json, "board", board_.name );
+         Json::writeMember( json, "url", url );
+         json.Key( "errors" );
+         json.StartArray();
+         json.EndArray();
+      } );
+   }
+
    std::optional<Page> pageOf( std::string_view path ) const {
       if ( path == "/" ) {
          return Page { "text/html; charset=utf-8", frontPanel };

@@ -2,9 +2,12 @@
 
 #include "EmulatedBoard.h"
 #include "Http.h"
+#include "OutputSchema.h"
 
 #include <fmt/format.h>
 #include <rapidjson/document.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 #include <chrono>
 #include <csignal>
@@ -213,6 +216,10 @@ TEST_F( Serve, HasThePageAndTheStatusDocumentBesideTheMetrics ) {
    rapidjson::Document document;
    document.Parse( statusAnswer.body.c_str() );
    ASSERT_FALSE( document.HasParseError() ) << statusAnswer.body;
+   rapidjson::StringBuffer status;
+   rapidjson::Writer<rapidjson::StringBuffer> writer( status );
+   document["status"].Accept( writer );
+   EXPECT_EQ( OutputSchema( "status" ).complaint( status.GetString() ), "" );
    EXPECT_EQ( document["ages_seconds"].Size(), document["status"]["objects"].Size() );
    EXPECT_STREQ( document["status"]["board"].GetString(), "selvane" );
    EXPECT_EQ( document["status"]["objects"][0]["temperature_celsius"].GetDouble(), 24.5 );
@@ -237,7 +244,7 @@ TEST_F( Serve, OnlyReads ) {
 TEST_F( Serve, KeepsNobodyWaitingForSlowClients ) {
    serve();
    std::vector<std::unique_ptr<HttpConnection>> slow;
-   for ( auto i = 0; i < 60; ++i ) {
+   for ( auto i = 0; i < 200; ++i ) {
       slow.push_back( std::make_unique<HttpConnection>( port ) );
       slow.back()->send( i % 2 ? "GET /metrics HT" : "GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n" );
    }
@@ -395,6 +402,21 @@ TEST_F( Serve, SaysWhatToDoAboutABusyPort ) {
       fmt::format( "quillonctl: cannot listen on {}: Address already in use; another program listens there, "
                    "quillonctl serve perhaps: end that, or take another port with --listen ADDRESS:PORT\n",
          address ) );
+}
+
+TEST_F( Serve, TellsInJsonWhereItIsAndWhyItIsNot ) {
+   OutputSchema schema( "serve" );
+   Process first = start( { "--json", "serve", "--listen", "127.0.0.1:0" } );
+   auto line = first.readLine().value_or( "" );
+
+   EXPECT_EQ( schema.complaint( line ), "" );
+   EXPECT_THAT( line, ContainsRegex( R"("url":"http://127.0.0.1:[0-9]+/")" ) );
+   auto begin = line.find( "127.0.0.1" );
+   auto address = line.substr( begin, line.find( '/', begin ) - begin );
+   auto second = run( { "--json", "serve", "--listen", address } );
+   EXPECT_EQ( schema.complaint( second.out ), "" );
+   EXPECT_THAT( second.out, HasSubstr( "Address already in use; another program listens there" ) );
+   EXPECT_EQ( second.exitStatus, 1 );
 }
 
 TEST_F( Serve, RefusesWhatIsNoAddress ) {
