@@ -152,7 +152,7 @@ protected:
 
    /** An answer for which its caller does not wait must not be taken for another's. */
    void lateAnswer() {
-      tell( "fault inlet slow 300ms 1" );
+      tell( "fault inlet slow 600ms 1" );
       setTimeLimit( 20ms );
       make( callback( "inlet temperature" ), { QL_STATUS_IO_ERROR, "" }, "late" );
       setTimeLimit( limit );
