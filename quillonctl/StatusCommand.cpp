@@ -3,23 +3,15 @@
 #include "EventLoop.h"
 #include "Names.h"
 #include "Output.h"
+#include "Pace.h"
 #include "Session.h"
 #include "States.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
-
-#include <unistd.h>
 
 namespace {
-
-bool colourIsWelcome() {
-   auto refusal = getenv( "NO_COLOR" );
-   return isatty( STDOUT_FILENO ) && ( !refusal || !*refusal );
-}
 
 class StatusCommand {
 public:
@@ -55,22 +47,10 @@ private:
          return showRound( readAll( host ), true );
       }
       eventLoop().catchStop();
-      auto interval = std::chrono::duration_cast<EventLoop::Clock::duration>(
-         std::chrono::duration<double>( *status_.interval ) );
-      auto next = EventLoop::Clock::now();
       auto worst = exitGood;
-      for ( ;; ) {
-         worst = worseOf( worst, showRound( readAll( host ), progress.rounds == 0 ) );
-         ++progress.rounds;
-         if ( progress.rounds == status_.count ) {
-            break;
-         }
-         // From start to start, so that the time for reading doesn't add up.
-         next = std::max( next + interval, EventLoop::Clock::now() );
-         if ( !eventLoop().runUntil( next ) ) {
-            break;
-         }
-      }
+      Pace pace { *status_.interval, status_.count };
+      pace.repeat( progress.rounds,
+         [&] { worst = worseOf( worst, showRound( readAll( host ), progress.rounds == 0 ) ); } );
       return worst;
    }
 
@@ -88,25 +68,7 @@ private:
                            : ( isFirst ? "" : "\n" ) + asText( lines, colourIsWelcome(), isBrief_ ) );
       auto isAlert = std::any_of(
          readings.begin(), readings.end(), []( auto& reading ) { return States::isAlert( reading.state ); } );
-      return !complainOf( lines ) ? exitFailure : status_.failOnAlert && isAlert ? exitAlert : exitGood;
-   }
-
-   /** Tells each failure when it comes up, not again in every round. @return whether there is none */
-   bool complainOf( const std::vector<StatusLine>& lines ) {
-      auto good = true;
-      std::vector<const StatusLine*> failed;
-      for ( auto& line : lines ) {
-         auto& told = told_[line.object];
-         auto& failure = line.reading.failure;
-         auto message = failure ? failure->message : "";
-         if ( failure && message != told ) {
-            failed.push_back( &line );
-         }
-         told = message;
-         good = good && !failure;
-      }
-      ::complainOf( failed );
-      return good;
+      return !complaints_.tell( lines ) ? exitFailure : status_.failOnAlert && isAlert ? exitAlert : exitGood;
    }
 
    /** Without the library there are no readings, but a document all the same. */
@@ -128,7 +90,7 @@ private:
    const Board board_;
    const std::vector<const ObjectEntry*> chosen_;
    const bool isBrief_;
-   std::map<const ObjectEntry*, std::string> told_;
+   Complaints complaints_;
 };
 
 } // namespace

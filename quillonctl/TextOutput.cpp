@@ -1,57 +1,17 @@
 #include "Output.h"
 
 #include "States.h"
-#include "Statuses.h"
+#include "TextCells.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
+
+using TextCells::statusOf;
+using TextCells::textOf;
+using TextCells::widthOf;
 
 namespace {
-
-/** Characters, of a text in UTF-8. */
-size_t widthOf( const std::string& text ) {
-   return static_cast<size_t>(
-      std::count_if( text.begin(), text.end(), []( char c ) { return ( c & 0xC0 ) != 0x80; } ) );
-}
-
-std::string textOf( double number, const Field& field ) {
-   if ( !std::isfinite( number ) ) {
-      return "-";
-   }
-   // Halves go away from zero, as people round them; printf would make 0.25 a 0.2, and 0.75 a 0.8.
-   auto scale = std::pow( 10, field.decimals );
-   auto rounded = std::round( number * scale ) / scale;
-   auto text = fmt::format( "{:.{}f}", rounded == 0 ? 0.0 : rounded, field.decimals );
-   return field.unit.empty() ? text : fmt::format( "{} {}", text, field.unit );
-}
-
-/** Documents and the library's words may hold anything, and the text is for a terminal. */
-std::string printable( std::string text, std::string_view kept = "" ) {
-   std::replace_if(
-      text.begin(), text.end(),
-      [=]( char c ) {
-         return ( static_cast<unsigned char>( c ) < ' ' || c == 0x7F ) && kept.find( c ) == kept.npos;
-      },
-      '?' );
-   return text;
-}
-
-std::string textOf( const Value& value, const Field& field ) {
-   if ( auto number = std::get_if<double>( &value ) ) {
-      return textOf( *number, field );
-   }
-   if ( auto flag = std::get_if<bool>( &value ) ) {
-      return *flag ? "yes" : "no";
-   }
-   auto text = std::get_if<std::string>( &value );
-   return text ? printable( *text, field.heading.empty() ? "\n" : "" ) : "-";
-}
-
-std::string statusOf( const Reading& reading ) {
-   return reading.failure ? wordsOf( reading.failure->status ).name : std::string( reading.state );
-}
 
 /** The cells of a line but for the status. */
 using Row = std::vector<std::string>;
@@ -127,19 +87,27 @@ std::string asText( const std::vector<StatusLine>& lines, bool coloured, bool is
    std::string text;
    for ( auto kind : kinds() ) {
       std::vector<const StatusLine*> ofKind;
-      std::vector<const Reading*> readings;
       for ( auto& line : lines ) {
          if ( line.object->kind == kind ) {
             ofKind.push_back( &line );
-            readings.push_back( &line.reading );
          }
       }
       if ( !ofKind.empty() ) {
          text += fmt::format( "{}{}\n{}", text.empty() ? "" : "\n", kind->title,
-            isBrief && kind->summary ? kind->summary->text( readings ) : tableOf( ofKind, coloured ) );
+            isBrief && kind->summary ? summaryOf( *kind, lines ) : tableOf( ofKind, coloured ) );
       }
    }
    return text.empty() ? "The board has no objects.\n" : text;
+}
+
+std::string summaryOf( const Kind& kind, const std::vector<StatusLine>& lines ) {
+   std::vector<const Reading*> readings;
+   for ( auto& line : lines ) {
+      if ( line.object->kind == &kind ) {
+         readings.push_back( &line.reading );
+      }
+   }
+   return kind.summary && !readings.empty() ? kind.summary->text( readings ) : "";
 }
 
 std::string valuesAsText( const std::vector<StatusLine>& lines ) {
