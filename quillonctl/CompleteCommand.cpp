@@ -19,7 +19,7 @@ Words namesOfAll( const Board& board ) {
 
 /** What may stand behind a command and further words. */
 Words behind( const Options& options, const std::string& command, const Words& words ) {
-   if ( command == "status" ) {
+   if ( command == "status" || command == "watch" ) {
       return namesOfAll( Board::load( options.board ) );
    }
    auto all = kinds();

@@ -9,6 +9,7 @@
 #include "StatusCommand.h"
 #include "Surroundings.h"
 #include "Task.h"
+#include "WatchCommand.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -28,6 +29,7 @@ Exit status: 0 all is well, 1 something reported a failure, 2 wrong usage or wro
 Examples:
   quillonctl --sim status                    everything, without hardware
   quillonctl status 'in*' --interval 2       some objects, every two seconds
+  quillonctl watch                           a screen of what changes
   quillonctl --json status | jq .objects     for scripts
   quillonctl fan fan1 rpm 9000               asks a fan for a speed
   quillonctl xcvr sfp1                       the signals of a module
@@ -95,6 +97,17 @@ public:
          ->needs( interval );
       status->add_flag(
          "--fail-on-alert", status_.failOnAlert, "Exit status 3 when something is past a limit" );
+
+      watchCommand_ = app_.add_subcommand( "watch", "Shows the objects of the board as they change" );
+      watchCommand_->add_option( "NAME", watch_.names, "Objects to show; shell patterns are fine" )
+         ->type_name( "" );
+      watchCommand_
+         ->add_option( "--interval", watch_.pace.interval, "From one look to the next, 2 unless given" )
+         ->type_name( "SECONDS" )
+         ->check( CLI::Validator( wrongInterval, "" ) );
+      watchCommand_->add_option( "--count", watch_.pace.count, "Ends after that many looks" )
+         ->type_name( "N" )
+         ->check( CLI::Range( 1U, 1000000000U ) );
 
       serveCommand_ = app_.add_subcommand( "serve", "Serves metrics for Prometheus, and a page for people" );
       serveCommand_->add_option( "--listen", serve_.listen, "Address and port; 0.0.0.0 is for everybody" )
@@ -164,6 +177,9 @@ private:
             words_.insert( words_.end(), flags_.begin(), flags_.end() );
             return objectCommand( options_, *kind, words_ );
          }
+      }
+      if ( watchCommand_->parsed() ) {
+         return watchCommand( options_, watch_ );
       }
       return statusCommand( options_, status_ );
    }
@@ -248,6 +264,8 @@ private:
    Options options_;
    StatusOptions status_;
    std::string control_ = "/run/quillon/control.sock";
+   WatchOptions watch_;
+   CLI::App* watchCommand_ = nullptr;
    ServeOptions serve_;
    CLI::App* serveCommand_ = nullptr;
    CLI::App* emu_ = nullptr;

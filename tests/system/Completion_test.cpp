@@ -65,11 +65,12 @@ struct Line {
 };
 
 const Line lines[] = {
-   { "", "status serve system fan slot xcvr poe led gpio emu" },
+   { "", "status watch serve system fan slot xcvr poe led gpio emu" },
    { "s", "status serve system slot" },
    { "stat", "status" },
    { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },
    { "status f", "fan1" },
+   { "watch f", "fan1" },
    { "status inlet --interval 2 fan", "fan1" },
    { "fan ", "fan1 rack:fan2" },
    { "fan fan1 ", "rpm" },

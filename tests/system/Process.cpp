@@ -10,8 +10,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
+#include <utmp.h>
 
 namespace {
 
@@ -30,7 +33,8 @@ Pair makePipe() {
 
 Pair makeTerminal() {
    Pair ends {};
-   EXPECT_EQ( openpty( &ends.reader, &ends.writer, nullptr, nullptr, nullptr ), 0 );
+   const winsize size { 24, 80, 0, 0 };
+   EXPECT_EQ( openpty( &ends.reader, &ends.writer, nullptr, nullptr, &size ), 0 );
    fcntl( ends.reader, F_SETFD, FD_CLOEXEC );
    return ends;
 }
@@ -52,7 +56,7 @@ Pair makeTerminal() {
 } // namespace
 
 Process::Process( const Arguments& command, const Environment& environment, Output output ) {
-   auto out = output == Output::Terminal ? makeTerminal() : makePipe();
+   auto out = output == Output::Terminal || output == Output::Screen ? makeTerminal() : makePipe();
    auto err = output == Output::ErrorTerminal ? makeTerminal() : makePipe();
    pid_ = fork();
    EXPECT_GE( pid_, 0 );
@@ -61,6 +65,9 @@ Process::Process( const Arguments& command, const Environment& environment, Outp
       dup2( none, STDIN_FILENO );
       dup2( out.writer, STDOUT_FILENO );
       dup2( err.writer, STDERR_FILENO );
+      if ( output == Output::Screen ) {
+         login_tty( out.writer );
+      }
       become( command, environment );
    }
    close( out.writer );
@@ -96,7 +103,43 @@ std::optional<std::string> Process::readLine() {
    }
 }
 
+std::string Process::readUntil( const std::string& text ) {
+   auto deadline = Clock::now() + patience;
+   for ( ;; ) {
+      auto begin = result_.out.find( text, consumed_ );
+      auto isThere = begin != std::string::npos;
+      if ( isThere || !readSome( deadline ) ) {
+         EXPECT_TRUE( isThere ) << "no \"" << text << "\" in " << result_.out.substr( consumed_ );
+         auto end = isThere ? begin + text.size() : result_.out.size();
+         auto passed = result_.out.substr( consumed_, end - consumed_ );
+         consumed_ = end;
+         return passed;
+      }
+   }
+}
+
 void Process::send( int signal ) const { kill( pid_, signal ); }
+
+void Process::awaitStop() const {
+   auto status = 0;
+   EXPECT_EQ( waitpid( pid_, &status, WUNTRACED ), pid_ );
+   EXPECT_TRUE( WIFSTOPPED( status ) );
+}
+
+void Process::type( const std::string& keys ) const {
+   EXPECT_EQ( write( out_, keys.data(), keys.size() ), static_cast<ssize_t>( keys.size() ) );
+}
+
+bool Process::echoes() const {
+   termios mode {};
+   EXPECT_EQ( tcgetattr( out_, &mode ), 0 );
+   return mode.c_lflag & ECHO;
+}
+
+void Process::resize( unsigned short columns, unsigned short rows ) const {
+   const winsize size { rows, columns, 0, 0 };
+   EXPECT_EQ( ioctl( out_, TIOCSWINSZ, &size ), 0 );
+}
 
 size_t Process::descriptors() const {
    std::filesystem::directory_iterator entries( "/proc/" + std::to_string( pid_ ) + "/fd" );

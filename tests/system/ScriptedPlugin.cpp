@@ -5,6 +5,7 @@
 #include "Script.h"
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
@@ -44,6 +45,9 @@ ql_status getTemperature( ql_temp_sensor* record, float* degrees ) {
    }
    if ( word == "dies" && reads > 1 ) {
       abort();
+   }
+   if ( word == "prints" ) {
+      puts( "{ \"noise\":" );
    }
    *degrees = word == "nan"                            ? std::numeric_limits<float>::quiet_NaN()
               : word == "ticks" || word == "ticksOnce" ? static_cast<float>( sensor->ticks )
