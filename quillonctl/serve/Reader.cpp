@@ -8,8 +8,8 @@ namespace Serve {
 
 namespace {
 
-/** A sensor takes less than a millisecond, a PoE port about 20. */
-constexpr auto longRead = 5ms;
+/** What a first reading may take: nobody shall wait for all that might be slow. */
+constexpr auto firstRead = 100ms;
 
 /** Another process has a PoE controller for as long as a command about a port takes. */
 constexpr auto whileInUse = 20ms;
@@ -18,62 +18,52 @@ Reading readObject( void* record, const ObjectEntry& object ) { return object.ki
 
 } // namespace
 
+Reader::Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender )
+   : host_( host ), interval_( interval ), sender_( sender ), turns_( count, { Clock::now(), firstRead } ) {}
+
 void Reader::runUntil( Clock::time_point end ) {
-   for ( ;; ) {
-      auto isIdle = !readQuick();
-      isIdle = !readOneOfLong() && isIdle;
-      if ( Clock::now() >= end ) {
-         return;
+   while ( Clock::now() < end ) {
+      if ( auto turn = next() ) {
+         read( *turn );
       }
-      if ( isIdle ) {
-         auto next = std::min_element(
-            turns_.begin(), turns_.end(), []( auto& one, auto& other ) { return one.due < other.due; } );
-         eventLoop().runUntil( std::min( next->due, end ) );
-      }
+      // The library's timers have their turn between two reads, also where the next one is overdue.
+      eventLoop().runUntil( std::max( std::min( nextDue(), end ), Clock::now() ) );
    }
 }
 
-/** Reads all that is quick and due. @return whether there was any */
-bool Reader::readQuick() {
-   auto hasRead = false;
-   for ( size_t i = 0; i < turns_.size(); ++i ) {
-      if ( !turns_[i].takesLong && turns_[i].due <= Clock::now() ) {
-         read( i );
-         hasRead = true;
-      }
-   }
-   return hasRead;
-}
-
-/** Reads the one that has been due for the longest time, of those that take long. @return whether one was */
-bool Reader::readOneOfLong() {
+Reader::Turn* Reader::next() {
    auto now = Clock::now();
-   auto first = turns_.end();
-   for ( auto turn = turns_.begin(); turn != turns_.end(); ++turn ) {
-      if ( turn->takesLong && turn->due <= now && ( first == turns_.end() || turn->due < first->due ) ) {
-         first = turn;
+   Turn* first = nullptr;
+   auto most = -1.0;
+   for ( auto& turn : turns_ ) {
+      std::chrono::duration<double> waited = now - turn.due;
+      auto share = waited / std::max<Clock::duration>( turn.took, 1us );
+      if ( waited >= 0s && share > most ) {
+         first = &turn;
+         most = share;
       }
    }
-   if ( first == turns_.end() ) {
-      return false;
-   }
-   read( static_cast<size_t>( first - turns_.begin() ) );
-   return true;
+   return first;
 }
 
-void Reader::read( size_t object ) {
+void Reader::read( Turn& turn ) {
+   auto object = static_cast<size_t>( &turn - turns_.data() );
    auto begin = Clock::now();
    sender_.send( Asked { object } );
    auto reading = host_.tryWith( object, readObject );
-   auto took = Clock::now() - begin;
-   if ( reading ) {
-      sender_.send( Answered { object, std::chrono::duration<double>( took ).count(), *reading } );
-      turns_[object] = { begin + interval_, took >= longRead };
-   } else {
-      turns_[object].due = begin + whileInUse;
+   if ( !reading ) {
+      turn.due = begin + whileInUse;
+      return;
    }
-   // The library's timers have their turn between two reads.
-   eventLoop().runUntil( Clock::now() );
+   auto took = Clock::now() - begin;
+   sender_.send( Answered { object, std::chrono::duration<double>( took ).count(), *reading } );
+   turn = { begin + interval_, took };
+}
+
+Reader::Clock::time_point Reader::nextDue() const {
+   auto next = std::min_element(
+      turns_.begin(), turns_.end(), []( auto& one, auto& other ) { return one.due < other.due; } );
+   return next == turns_.end() ? Clock::time_point::max() : next->due;
 }
 
 } // namespace Serve

@@ -10,16 +10,15 @@
 namespace Serve {
 
 /**
- * Reads the objects of a host again and again. Those that are quick have their turn whenever it is due; of
- * those that take long, such as PoE ports and whatever hangs, one goes between two such turns, so that nobody
- * waits for all of them.
+ * Reads the objects of a host again and again. Of those that are due it takes the one that has waited longest
+ * against what its last reading took. So a sensor does not wait for all PoE ports, nor anybody for all that
+ * hangs, and each has its turn at last.
  */
 class Reader {
 public:
    using Clock = EventLoop::Clock;
 
-   Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender )
-      : host_( host ), interval_( interval ), sender_( sender ), turns_( count, { Clock::now(), true } ) {}
+   Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender );
 
    /** Goes on until a time has come. */
    void runUntil( Clock::time_point end );
@@ -27,13 +26,15 @@ public:
 private:
    struct Turn {
       Clock::time_point due;
-      /** As the last time; before the first one nobody knows. */
-      bool takesLong;
+      /** The last reading. */
+      Clock::duration took;
    };
 
-   bool readQuick();
-   bool readOneOfLong();
-   void read( size_t object );
+   /** The one to be read next of those that are due, or none. */
+   Turn* next();
+   void read( Turn& turn );
+   /** When another is due. */
+   Clock::time_point nextDue() const;
 
    Host& host_;
    Clock::duration interval_;

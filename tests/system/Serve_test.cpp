@@ -6,8 +6,6 @@
 
 #include <fmt/format.h>
 #include <rapidjson/document.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <chrono>
 #include <csignal>
@@ -216,10 +214,7 @@ TEST_F( Serve, HasThePageAndTheStatusDocumentBesideTheMetrics ) {
    rapidjson::Document document;
    document.Parse( statusAnswer.body.c_str() );
    ASSERT_FALSE( document.HasParseError() ) << statusAnswer.body;
-   rapidjson::StringBuffer status;
-   rapidjson::Writer<rapidjson::StringBuffer> writer( status );
-   document["status"].Accept( writer );
-   EXPECT_EQ( OutputSchema( "status" ).complaint( status.GetString() ), "" );
+   EXPECT_TRUE( OutputSchema( "status" ).accepts( document["status"] ) ) << statusAnswer.body;
    EXPECT_EQ( document["ages_seconds"].Size(), document["status"]["objects"].Size() );
    EXPECT_STREQ( document["status"]["board"].GetString(), "selvane" );
    EXPECT_EQ( document["status"]["objects"][0]["temperature_celsius"].GetDouble(), 24.5 );
@@ -246,14 +241,14 @@ TEST_F( Serve, KeepsNobodyWaitingForSlowClients ) {
    std::vector<std::unique_ptr<HttpConnection>> slow;
    for ( auto i = 0; i < 200; ++i ) {
       slow.push_back( std::make_unique<HttpConnection>( port ) );
-      slow.back()->send( i % 2 ? "GET /metrics HT" : "GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n" );
+      slow.back()->send( i % 20 ? "GET /metrics HT" : "GET /metrics HTTP/1.1\r\nHost: x\r\n\r\n" );
    }
 
    auto begin = Clock::now();
    auto answer = ask( port, "GET", "/metrics" );
 
    EXPECT_EQ( answer.status, 200 );
-   EXPECT_LT( Clock::now() - begin, 2s );
+   EXPECT_LT( Clock::now() - begin, 5s ); // their time is up after 10
 }
 
 TEST_F( Serve, CountsAFailedReadAndTellsNoOldValue ) {
@@ -280,7 +275,7 @@ TEST_F( Serve, AnswersAtOnceWhileTheBusHangs ) {
    serve();
    metricsOnceThereIs( inlet );
 
-   emu( { "fault", "3", "hang", "2s", "2" } );
+   emu( { "fault", "3", "hang", "6s", "2" } );
    std::this_thread::sleep_for( 300ms );
    auto longest = 0ns;
    for ( auto i = 0; i < 10; ++i ) {
@@ -289,7 +284,7 @@ TEST_F( Serve, AnswersAtOnceWhileTheBusHangs ) {
       longest = std::max<std::chrono::nanoseconds>( longest, Clock::now() - begin );
    }
 
-   EXPECT_LT( longest, 1s );
+   EXPECT_LT( longest, 2s );
    rapidjson::Document document;
    document.Parse( status().c_str() );
    ASSERT_TRUE( document["busy"].IsObject() ) << status();
@@ -301,7 +296,11 @@ TEST_F( Serve, ReadsSensorsBetweenSlowPorts ) {
    emu( { "fault", "poe", "slow", "50ms" } );
    serve();
 
-   auto series = metricsOnce( []( auto& all ) { return numberOf( all, inletReads ) >= 5; } );
+   metricsOnce( []( auto& all ) { return numberOf( all, inletReads ) >= 5; } );
+   emu( { "set", "cpld.sfp1.present", "0" } ); // which a timer of the library finds
+   auto series = metricsOnce( []( auto& all ) {
+      return numberOf( all, R"(selvane_transceiver_present{transceiver="sfp1"})" ) == 0;
+   } );
 
    EXPECT_FALSE( series.contains( lastObject ) );
 }
