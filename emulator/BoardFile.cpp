@@ -68,25 +68,49 @@ Board::Place makePlace( const rapidjson::Value& json ) {
       std::move( chip ) };
 }
 
-/** What `make` gives; a reason that it throws gets the place in the file. */
-template <typename Make>
-auto at( const std::string& file, const std::string& place, Make make ) {
-   try {
-      return make();
-   } catch ( const std::invalid_argument& error ) {
-      throw BoardFileError( fmt::format( "{}: {}: {}", file, place, error.what() ) );
+/** Builds what it can of a board. */
+class Builder {
+public:
+   explicit Builder( const rapidjson::Document& document, Board::Clock clock = Board::machineTime )
+      : board( std::move( clock ) ) {
+      auto chips = document["chips"].GetArray();
+      for ( rapidjson::SizeType i = 0; i < chips.Size(); ++i ) {
+         at( fmt::format( "/chips/{}", i ), [&] { board.add( makePlace( chips[i] ) ); } );
+      }
+      if ( document.HasMember( "wires" ) && failures.empty() ) {
+         auto wires = document["wires"].GetArray();
+         for ( rapidjson::SizeType i = 0; i < wires.Size(); ++i ) {
+            connect( fmt::format( "/wires/{}", i ), wires[i] );
+         }
+      }
    }
-}
 
-void connect(
-   Board& board, const std::string& file, const std::string& place, const rapidjson::Value& json ) {
-   auto pin = [&]( const char* end ) {
-      return at( file, fmt::format( "{}/{}", place, end ), [&] { return board.pin( textOf( json[end] ) ); } );
-   };
-   auto from = pin( "from" );
-   auto to = pin( "to" );
-   at( file, place + "/to", [&] { board.connect( from, to ); } );
-}
+   Board board;
+   std::vector<BoardFailure> failures;
+
+private:
+   /** @return whether it was done */
+   template <typename Action>
+   bool at( const std::string& place, Action action ) {
+      try {
+         action();
+         return true;
+      } catch ( const std::invalid_argument& error ) {
+         failures.push_back( { place, error.what() } );
+         return false;
+      }
+   }
+
+   void connect( const std::string& place, const rapidjson::Value& json ) {
+      Board::Pin from {};
+      Board::Pin to {};
+      auto hasFrom = at( place + "/from", [&] { from = board.pin( textOf( json["from"] ) ); } );
+      auto hasTo = at( place + "/to", [&] { to = board.pin( textOf( json["to"] ) ); } );
+      if ( hasFrom && hasTo ) {
+         at( place + "/to", [&] { board.connect( from, to ); } );
+      }
+   }
+};
 
 } // namespace
 
@@ -106,18 +130,16 @@ Board parseBoard( const std::string& file, std::string_view text, Board::Clock c
    if ( auto failure = checkBoardSchema( document ) ) {
       throw BoardFileError( fmt::format( "{}: {}: {}", file, failure->place, failure->reason ) );
    }
-   Board board( std::move( clock ) );
-   auto chips = document["chips"].GetArray();
-   for ( rapidjson::SizeType i = 0; i < chips.Size(); ++i ) {
-      at( file, fmt::format( "/chips/{}", i ), [&] { board.add( makePlace( chips[i] ) ); } );
+   Builder builder( document, std::move( clock ) );
+   if ( !builder.failures.empty() ) {
+      auto& [place, reason] = builder.failures.front();
+      throw BoardFileError( fmt::format( "{}: {}: {}", file, place, reason ) );
    }
-   if ( document.HasMember( "wires" ) ) {
-      auto wires = document["wires"].GetArray();
-      for ( rapidjson::SizeType i = 0; i < wires.Size(); ++i ) {
-         connect( board, file, fmt::format( "/wires/{}", i ), wires[i] );
-      }
-   }
-   return board;
+   return std::move( builder.board );
+}
+
+std::vector<BoardFailure> checkBoard( const rapidjson::Document& document ) {
+   return Builder( document ).failures;
 }
 
 } // namespace Emulator

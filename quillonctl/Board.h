@@ -1,6 +1,7 @@
 #ifndef BOARD_H
 #define BOARD_H
 
+#include "Finding.h"
 #include "Kind.h"
 
 #include <string>
@@ -17,9 +18,12 @@ struct Board {
    /** In the order of objects.json. */
    std::vector<ObjectEntry> objects;
 
-   /** Reads and checks topology.json and objects.json. @throw InputError with all that is wrong */
+   /** Reads and checks topology.json and objects.json. @throw InputError with all errors */
    static Board load( const std::string& folder );
 };
+
+/** The error that a board's folder is none, if so. */
+Findings missingFolder( const std::string& folder );
 
 /** The name of a board that may not be there: the last part of its folder's path. */
 std::string boardName( const std::string& folder );

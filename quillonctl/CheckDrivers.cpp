@@ -1,18 +1,19 @@
 #include "Check.h"
+#include "Nearest.h"
 #include "Schema.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <optional>
 #include <span>
 
-// What the drivers make of an object's "driverArgs", which they get as texts. A key that they miss, or a
-// number that is none, ends in an exception; a number that is too large is cut to the width of its register.
+// What the drivers make of the numbers in an object's "driverArgs", which they get as texts. One beyond 32
+// bits ends in an exception; the rest is cut to the width of its field, and that is what counts.
 
 namespace Check {
 
@@ -20,247 +21,221 @@ using rapidjson::Value;
 
 namespace {
 
-enum class Form { Text, Integer, Decimal, Flag, SfpType };
-
-struct Want {
+struct Number {
    const char* key;
-   Form form;
-   int64_t minimum = 0;
-   int64_t maximum = INT32_MAX;
-   bool isRequired = true;
+   /** What the driver keeps of it. */
+   int bits;
+   int64_t minimum;
+   int64_t maximum;
 };
 
 constexpr int64_t lastRegister = 255;
 constexpr int64_t lastBit = 7;
 
-constexpr Want fan[] = {
-   { "fanId", Form::Integer, 1, 5 },
+constexpr Number fan[] = {
+   { "fanId", 8, 1, 5 },
    // The driver multiplies a speed by 255 in 32 bits.
-   { "maxRpm", Form::Integer, 1, INT32_MAX / 255 },
-   { "registerOffset", Form::Integer, 0, 4 },
+   { "maxRpm", 32, 1, INT32_MAX / 255 },
+   { "registerOffset", 32, 0, 4 },
 };
 
-constexpr Want slot[] = {
-   { "fanId", Form::Integer, 1, 5 },
-   { "maxRpm", Form::Integer, 1 },
-   { "prop", Form::Decimal, 0, 0, false },
-   { "modelName", Form::Text },
-   { "serialNum", Form::Text },
-   { "airflowDirection", Form::Text },
+constexpr Number slot[] = { { "fanId", 8, 1, 5 }, { "maxRpm", 32, 1, INT32_MAX } };
+
+constexpr Number xcvr[] = {
+   { "id", 32, 0, INT32_MAX },
+   { "presenceReg", 8, 0, lastRegister },
+   { "presenceBit", 8, 0, lastBit },
+   { "rxLosReg", 8, 0, lastRegister },
+   { "rxLosBit", 8, 0, lastBit },
+   { "txFaultReg", 8, 0, lastRegister },
+   { "txFaultBit", 8, 0, lastBit },
+   { "txDisableReg", 8, 0, lastRegister },
+   { "txDisableBit", 8, 0, lastBit },
 };
 
-constexpr Want xcvr[] = {
-   { "id", Form::Integer },
-   { "type", Form::SfpType },
-   { "presenceReg", Form::Integer, 0, lastRegister },
-   { "presenceBit", Form::Integer, 0, lastBit },
-   { "presenceActiveHigh", Form::Flag },
-   { "rxLosReg", Form::Integer, 0, lastRegister },
-   { "rxLosBit", Form::Integer, 0, lastBit },
-   { "rxLosActiveHigh", Form::Flag },
-   { "txFaultReg", Form::Integer, 0, lastRegister },
-   { "txFaultBit", Form::Integer, 0, lastBit },
-   { "txFaultActiveHigh", Form::Flag },
-   { "txDisableReg", Form::Integer, 0, lastRegister },
-   { "txDisableBit", Form::Integer, 0, lastBit },
-   { "txDisableActiveHigh", Form::Flag },
-};
-
-constexpr Want portLed[] = {
-   { "ledName", Form::Text },
-   { "ledReg", Form::Integer, 0, lastRegister },
-   { "portType", Form::Text },
-};
+constexpr Number portLed[] = { { "ledReg", 8, 0, lastRegister } };
 
 /** The register says which LED it is. */
-constexpr Want systemLed[] = {
-   { "reg", Form::Integer, 0x40, 0x43 },
-   { "id", Form::Integer, 0, 255 },
+constexpr Number systemLed[] = { { "reg", 8, 0x40, 0x43 }, { "id", 8, 0, 255 } };
+
+constexpr Number gpio[] = { { "register", 32, 0, lastRegister }, { "bitpos", 32, 0, lastBit } };
+
+constexpr Number poeController[] = {
+   { "numPorts", 8, 0, 255 },
+   { "numAtPorts", 8, 0, 255 },
+   { "firmwareDownloadSize", 8, 0, 255 },
+   { "resetReg", 16, 0, lastRegister },
+   { "outOfResetVal", 8, 0, 255 },
 };
 
-constexpr Want gpio[] = {
-   { "register", Form::Integer, 0, lastRegister },
-   { "bitpos", Form::Integer, 0, lastBit },
-};
+constexpr Number poePort[] = { { "portId", 8, 0, 255 } };
 
-/** Numbers of one byte are the schema's affair; the driver cuts the rest to a register of the CPLD. */
-constexpr Want poePort[] = {
-   { "resetReg", Form::Integer, 0, lastRegister, false },
-   { "mpssValueZero", Form::Flag, 0, 0, false },
-};
-
-struct Maker {
+struct Row {
    const char* kind;
+   /** Null for any. */
    const char* driver;
-   std::span<const Want> wants;
+   std::span<const Number> numbers;
 };
 
-/** Which driver makes which kind. All make GPIOs, and none makes power supplies. */
-constexpr Maker makers[] = {
-   { "temp_sensor", "PCT2075", {} },
+constexpr Row rows[] = {
    { "fan", "EMC2305", fan },
    { "slot", "EMC2305", slot },
    { "xcvr", "SelvaneXcvr", xcvr },
    { "led", "SelvanePortLed", portLed },
    { "led", "SelvaneSystemLed", systemLed },
+   { "gpio", nullptr, gpio },
+   { "gpio", "BCM59121", poeController },
+   { "poe_port", "BCM59121", poeController },
    { "poe_port", "BCM59121", poePort },
 };
 
 std::optional<int64_t> integerOf( const Value& value ) {
    if ( !value.IsString() ) {
-      return value.IsInt64() ? std::optional( value.GetInt64() ) : std::nullopt;
+      return value.IsInt() ? std::optional<int64_t>( value.GetInt() ) : std::nullopt;
    }
    auto text = textOf( value );
-   int64_t number = 0;
+   int32_t number = 0;
    auto [stop, error] = std::from_chars( text.data(), text.data() + text.size(), number );
    auto isRight = error == std::errc() && stop == text.data() + text.size();
-   return isRight ? std::optional( number ) : std::nullopt;
+   return isRight ? std::optional<int64_t>( number ) : std::nullopt;
 }
 
-bool isDecimal( const Value& value ) {
-   if ( !value.IsString() ) {
-      return value.IsNumber();
+/** The driver gets a number in six significant digits. */
+bool isSinglePrecision( const Value& value ) {
+   if ( value.IsNumber() && !value.IsDouble() && !value.IsInt() && !value.IsUint() ) {
+      return false; // which has no text
    }
-   auto text = textOf( value );
+   auto text = value.IsString() ? textOf( value ) : fmt::format( "{:g}", value.GetDouble() );
    char* stop = nullptr;
+   errno = 0;
    auto number = std::strtof( text.c_str(), &stop );
-   return !text.empty() && !*stop && std::isfinite( number );
+   return !text.empty() && !*stop && errno == 0 && std::isfinite( number );
 }
 
-/** The driver takes every text but "true" for false. */
-bool isFlag( const Value& value ) {
-   return value.IsBool() ||
-          ( value.IsString() && ( textOf( value ) == "true" || textOf( value ) == "false" ) );
-}
-
-bool isSfpType( const Value& value ) {
-   return value.IsString() && ( textOf( value ) == "sfp" || textOf( value ) == "sfp+" );
-}
-
-/** What a value must be if it is not, in words. */
-std::optional<std::string> missed( const Want& want, const Value& value ) {
-   switch ( want.form ) {
-   case Form::Text:
-      return value.IsString() ? std::nullopt : std::optional<std::string>( "a string" );
-   case Form::Integer: {
-      auto number = integerOf( value );
-      if ( number && *number >= want.minimum && *number <= want.maximum ) {
-         return {};
-      }
-      return fmt::format( "an integer from {} to {}, or a text of its digits", want.minimum, want.maximum );
-   }
-   case Form::Decimal:
-      return isDecimal( value ) ? std::nullopt : std::optional<std::string>( "a number, or a text of one" );
-   case Form::Flag:
-      return isFlag( value ) ? std::nullopt : std::optional<std::string>( "true or false" );
-   case Form::SfpType:
-      return isSfpType( value ) ? std::nullopt : std::optional( Schema::oneOf( { "\"sfp\"", "\"sfp+\"" } ) );
-   }
-   return {};
-}
-
-/** What the driver of an object wants, or nothing behind the finding that it makes no such object. */
-std::optional<std::span<const Want>> wantsOf( const JsonFile& file, const std::string& pointer,
-   const std::string& kind, const std::string& driver, std::vector<Finding>& findings ) {
-   if ( kind == "gpio" ) {
-      return gpio;
-   }
-   std::vector<std::string> drivers;
-   for ( auto& maker : makers ) {
-      if ( maker.kind == kind ) {
-         if ( maker.driver == driver ) {
-            return maker.wants;
-         }
-         drivers.emplace_back( maker.driver );
-      }
-   }
-   if ( !drivers.empty() ) {
-      findings.push_back( file.at( under( pointer, "driver" ),
-         fmt::format( "the driver {} makes no {}; use {}", driver, kind, fmt::join( drivers, " or " ) ) ) );
-   }
-   return {};
-}
-
-/** The named values, an object without members where the document has none. */
-const Value& valuesOf( const Value& args ) {
-   static const Value none( rapidjson::kObjectType );
-   auto values = member( args, "driverArgs" );
-   return values && values->IsObject() ? *values : none;
-}
-
-/** What the numbers of a PoE port must be to each other, where each by itself is right. */
-class PoePortCheck {
+class DriverCheck {
 public:
-   PoePortCheck(
-      const JsonFile& file, const std::string& pointer, const Value& values, std::vector<Finding>& findings )
-      : file_( file ), pointer_( under( pointer, "driverArgs" ) ), values_( values ), findings_( findings ) {}
+   DriverCheck( const Subject& subject, const Object& object, const Value& values )
+      : subject_( subject )
+      , object_( object )
+      , pointer_( under( under( object.pointer, "args" ), "driverArgs" ) )
+      , values_( values ) {}
 
    void run() {
-      auto ports = number( "numPorts" );
-      if ( number( "portId" ) >= ports ) {
-         find( "portId",
-            fmt::format( "must be below the number of ports, {}, not {}", *ports, *number( "portId" ) ) );
+      for ( auto& row : rows ) {
+         if ( row.kind == object_.kind && ( !row.driver || row.driver == object_.driver ) ) {
+            std::for_each( row.numbers.begin(), row.numbers.end(), [this]( auto& each ) { number( each ); } );
+         }
       }
-      if ( number( "numAtPorts" ) > ports ) {
-         find( "numAtPorts", fmt::format( "must not be above the number of ports, {}, but is {}", *ports,
-                                *number( "numAtPorts" ) ) );
+      if ( object_.kind == "slot" ) {
+         gain();
+      }
+      if ( object_.driver == "BCM59121" ) {
+         poe();
+      }
+      unknownKeys();
+   }
+
+private:
+   void error( const char* key, const std::string& reason ) {
+      subject_.error( under( pointer_, key ), reason );
+   }
+
+   /** Null makes no entry at all. */
+   const Value* valueOf( const char* key ) const {
+      auto value = member( values_, key );
+      return value && !value->IsNull() ? value : nullptr;
+   }
+
+   void number( const Number& wanted ) {
+      auto value = valueOf( wanted.key );
+      if ( !value || !subject_.isSound( under( pointer_, wanted.key ) ) ) {
+         return;
+      }
+      auto number = integerOf( *value );
+      auto rest = kept( *value, wanted.bits );
+      if ( rest != number ) {
+         subject_.warning( under( pointer_, wanted.key ),
+            fmt::format( "{} is cut to {} bits and becomes {}", *number, wanted.bits, *rest ) );
+      }
+      if ( !rest || *rest < wanted.minimum || *rest > wanted.maximum ) {
+         auto range = fmt::format(
+            "an integer from {} to {}, or a text of its digits", wanted.minimum, wanted.maximum );
+         error( wanted.key, Schema::mismatch( range, *value ) );
+      }
+   }
+
+   void gain() {
+      auto value = valueOf( "prop" );
+      if ( value && subject_.isSound( under( pointer_, "prop" ) ) && !isSinglePrecision( *value ) ) {
+         error( "prop",
+            Schema::mismatch( "a number that fits a single-precision one, or a text of it", *value ) );
+      }
+   }
+
+   std::optional<int64_t> numberAt( const char* key, int bits ) const {
+      auto value = valueOf( key );
+      return value ? kept( *value, bits ) : std::nullopt;
+   }
+
+   /** What the numbers of a PoE controller must be to each other, where each by itself is right. */
+   void poe() {
+      auto ports = numberAt( "numPorts", 8 );
+      auto port = object_.kind == "poe_port" ? numberAt( "portId", 8 ) : std::nullopt;
+      if ( ports && port >= ports ) {
+         error( "portId", fmt::format( "must be below the number of ports, {}, not {}", *ports, *port ) );
+      }
+      auto twoPairs = numberAt( "numAtPorts", 8 );
+      if ( ports && twoPairs > ports ) {
+         error( "numAtPorts",
+            fmt::format( "must not be above the number of ports, {}, but is {}", *ports, *twoPairs ) );
+      }
+      if ( numberAt( "firmwareDownloadSize", 8 ) == 1 ) {
+         error( "firmwareDownloadSize",
+            Schema::mismatch( "a number from 2 to 255, or 0 for 256", values_["firmwareDownloadSize"] ) );
       }
       // With one alone the driver leaves the controller in reset.
       needsOther( "resetReg", "outOfResetVal" );
       needsOther( "outOfResetVal", "resetReg" );
    }
 
-private:
-   std::optional<int64_t> number( const char* key ) const {
-      auto value = member( values_, key );
-      return value ? integerOf( *value ) : std::nullopt;
-   }
-
    void needsOther( const char* key, const char* other ) {
-      if ( number( key ) && !number( other ) ) {
-         find( key, fmt::format( "does nothing without the key \"{}\"", other ) );
+      if ( valueOf( key ) && !valueOf( other ) ) {
+         error( key, fmt::format( "does nothing without the key \"{}\"", other ) );
       }
    }
 
-   void find( const char* key, const std::string& reason ) {
-      findings_.push_back( file_.at( under( pointer_, key ), reason ) );
+   void unknownKeys() {
+      auto isPlainGpio = object_.kind == "gpio" && object_.driver != "BCM59121";
+      auto known = Schema::keysAt( fmt::format( "/definitions/driver-{}/definitions/{}",
+         isPlainGpio ? "GpioDriver" : object_.driver, object_.kind ) );
+      for ( auto& [name, value] : values_.GetObject() ) {
+         auto key = textOf( name );
+         if ( std::find( known.begin(), known.end(), key ) == known.end() ) {
+            subject_.warningAtKey( under( pointer_, key ),
+               fmt::format( "the driver {} does not read this for a {}", object_.driver, object_.kind ),
+               didYouMean( key, known ) );
+         }
+      }
    }
 
-   const JsonFile& file_;
+   const Subject& subject_;
+   const Object& object_;
    std::string pointer_;
    const Value& values_;
-   std::vector<Finding>& findings_;
 };
 
 } // namespace
 
-void driverArguments( const JsonFile& file, const std::string& pointer, const std::string& kind,
-   const Value& args, std::vector<Finding>& findings ) {
-   auto wants = wantsOf( file, pointer, kind, textOf( args["driver"] ), findings );
-   if ( !wants ) {
-      return;
-   }
-   auto& values = valuesOf( args );
-   std::vector<std::string> missing;
-   for ( auto& want : *wants ) {
-      auto value = member( values, want.key );
-      // Null makes no entry at all.
-      if ( !value || value->IsNull() ) {
-         if ( want.isRequired ) {
-            missing.emplace_back( want.key );
-         }
-      } else if ( auto wanted = missed( want, *value ) ) {
-         findings.push_back( file.at(
-            under( under( pointer, "driverArgs" ), want.key ), Schema::mismatch( *wanted, *value ) ) );
-      }
-   }
-   if ( kind == "poe_port" ) {
-      PoePortCheck( file, pointer, values, findings ).run();
-   }
-   if ( !missing.empty() ) {
-      auto place = member( args, "driverArgs" ) ? under( pointer, "driverArgs" ) : pointer;
-      findings.push_back( file.at( place, fmt::format( "{}, which the driver {} needs",
-                                             Schema::missing( missing ), textOf( args["driver"] ) ) ) );
+std::optional<int64_t> kept( const Value& value, int bits ) {
+   auto number = value.IsUint() ? std::optional<int64_t>( value.GetUint() ) : integerOf( value );
+   return number && bits < 32 ? std::optional( *number & ( ( int64_t { 1 } << bits ) - 1 ) ) : number;
+}
+
+void driverArguments( const Subject& subject, const Object& object ) {
+   auto values = member( *object.args, "driverArgs" );
+   auto isRightDriver = subject.isSound( under( object.pointer, "args" ) + "/driver" );
+   if ( object.kind != "psu" && isRightDriver && values && values->IsObject() ) {
+      DriverCheck( subject, object, *values ).run();
    }
 }
 

@@ -4,7 +4,6 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <map>
 #include <set>
 
@@ -14,129 +13,180 @@ using rapidjson::Value;
 
 namespace {
 
-/** The drivers of the library. */
-const std::vector<std::string> drivers = { "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed",
-   "SelvaneSystemLed", "EMC2305", "BCM59121" };
-
 /** A "uid" that stands for none. */
 constexpr uint32_t noUid = 0xFFFFFFFF;
 
-bool isKnownDriver( const Value& driver ) {
-   return driver.IsString() && std::find( drivers.begin(), drivers.end(), textOf( driver ) ) != drivers.end();
-}
-
-bool isMultiDevice( const Value& args ) {
-   auto value = member( args, "isMultiDevice" );
-   return value && value->GetBool();
-}
-
 class ObjectCheck {
 public:
-   ObjectCheck( const JsonFile& file, const std::string& pointer, std::vector<Finding>& findings )
-      : file_( file ), pointer_( pointer ), findings_( findings ) {}
+   ObjectCheck( const Subject& subject, const Inventory* topology )
+      : subject_( subject ), topology_( topology ) {}
 
-   void thresholds( const Value& object ) {
-      auto alert = member( object, "alert" );
-      auto critical = member( object, "critical" );
-      if ( alert && critical && critical->GetDouble() < alert->GetDouble() ) {
-         find( "critical", fmt::format( "{} is below the alert threshold", compact( *critical ) ) );
+   std::vector<Object> run() {
+      auto& root = subject_.file().document();
+      auto array = root.IsObject() ? member( root, "objects" ) : nullptr;
+      if ( !array || !array->IsArray() ) {
+         return {};
       }
-   }
-
-   void device( const std::string& kind, const Value& args, const Inventory& topology ) {
-      pointer_ = under( pointer_, "args" );
-      place( args, topology );
-      arguments( file_, pointer_, args, findings_ );
-      if ( isKnownDriver( args["driver"] ) ) {
-         driverArguments( file_, pointer_, kind, args, findings_ );
+      for ( rapidjson::SizeType i = 0; i < array->Size(); ++i ) {
+         auto pointer = under( "/objects", i );
+         if ( ( *array )[i].IsObject() ) {
+            object( pointer, ( *array )[i] );
+         }
       }
-      if ( args["driver"].IsNull() ) {
-         find( "driver", "must name a driver" );
-      }
-      if ( isMultiDevice( args ) ) {
-         find( "isMultiDevice", "must not be true: the library has no driver for a multi-device" );
-      }
-      if ( deniesHam( args ) ) {
-         find( "provideHam", "must not be 0: no driver does without access to its device" );
-      }
-   }
-
-   /** A device is made once, for the first of its objects. @param first the first driver of each device */
-   void driverOfDevice( const Value& args, std::map<uint32_t, std::string>& first ) {
-      auto did = args["did"].GetUint();
-      auto driver = args["driver"].IsString() ? textOf( args["driver"] ) : "";
-      auto& made = first.emplace( did, driver ).first->second;
-      if ( made != driver ) {
-         find( "driver", fmt::format( "an object before has the driver {} for the device {}", made, did ) );
-      }
+      needsCpld();
+      return objects_;
    }
 
 private:
-   void find( const char* key, const std::string& reason ) {
-      findings_.push_back( file_.at( under( pointer_, key ), reason ) );
-   }
-
-   /** The library looks for the component if there is one, and for the device otherwise. */
-   void place( const Value& args, const Inventory& topology ) {
-      auto uid = member( args, "uid" );
-      auto did = args["did"].GetUint();
-      if ( uid && uid->GetUint() != noUid ) {
-         if ( !topology.hasComponent( uid->GetUint() ) ) {
-            find( "uid", fmt::format( "the topology has no component {}", uid->GetUint() ) );
-         }
-      } else if ( !topology.find( did ) ) {
-         find( "did", fmt::format( "the topology has no device {}", did ) );
+   void object( const std::string& pointer, const Value& json ) {
+      auto name = textIn( json, "name" ).value_or( "" );
+      if ( !name.empty() && !names_.insert( name ).second ) {
+         subject_.error( under( pointer, "name" ), "an object before has this name" );
+      }
+      thresholds( pointer, json );
+      auto kind = textIn( json, "kind" ).value_or( "" );
+      if ( kind == "psu" ) {
+         subject_.error( under( pointer, "kind" ), "the library has no driver that makes a psu" );
+      }
+      if ( kind == "system" ) {
+         system_ = pointer;
+         return;
+      }
+      auto args = member( json, "args" );
+      auto did = args && args->IsObject() ? unsignedIn( *args, "did" ) : std::nullopt;
+      if ( did ) {
+         objects_.push_back( { pointer, kind, name, args, *did, textIn( *args, "driver" ).value_or( "" ) } );
+         device( objects_.back() );
       }
    }
 
-   const JsonFile& file_;
-   std::string pointer_;
-   std::vector<Finding>& findings_;
+   void thresholds( const std::string& pointer, const Value& json ) {
+      auto alert = member( json, "alert" );
+      auto critical = member( json, "critical" );
+      if ( alert && critical && alert->IsNumber() && critical->IsNumber() &&
+           critical->GetDouble() < alert->GetDouble() ) {
+         subject_.error( under( pointer, "critical" ),
+            fmt::format( "{} is below the alert threshold", compact( *critical ) ) );
+      }
+   }
+
+   void device( const Object& object ) {
+      auto& args = *object.args;
+      auto pointer = under( object.pointer, "args" );
+      if ( topology_ ) {
+         place( object, pointer );
+      }
+      arguments( subject_, pointer, args );
+      if ( subject_.isSound( under( object.pointer, "kind" ) ) ) {
+         driverArguments( subject_, object );
+      }
+      if ( isMultiDevice( args ) ) {
+         subject_.error( under( pointer, "isMultiDevice" ),
+            "must not be true: the library has no driver for a multi-device" );
+      }
+      if ( deniesHam( args ) ) {
+         subject_.error(
+            under( pointer, "provideHam" ), "must not be 0: no driver does without access to its device" );
+      }
+      sameDevice( object, pointer );
+   }
+
+   /** The library looks for the component if there is one, and for the device otherwise. */
+   void place( const Object& object, const std::string& pointer ) {
+      auto uid = unsignedIn( *object.args, "uid" ).value_or( noUid );
+      auto isComponent = uid != noUid;
+      auto key = under( pointer, isComponent ? "uid" : "did" );
+      auto device = isComponent ? topology_->holderOf( uid ) : topology_->find( object.did );
+      if ( !device ) {
+         auto number = isComponent ? uid : object.did;
+         subject_.error( key,
+            fmt::format( "the topology has no {} {}", isComponent ? "component" : "device", number ),
+            isComponent ? choices( topology_->components, &Inventory::Component::uid )
+                        : choices( topology_->devices, &Inventory::Device::did ) );
+         return;
+      }
+      if ( reached_.insert( device->did ).second ) {
+         reach( subject_, key, *device );
+      }
+      sameAsInTopology( object, pointer, *device );
+   }
+
+   template <typename Part>
+   static std::string choices( const std::vector<Part>& parts, uint32_t Part::*id ) {
+      constexpr size_t listable = 20;
+      if ( parts.empty() || parts.size() > listable ) {
+         return "";
+      }
+      std::vector<uint32_t> ids;
+      std::transform(
+         parts.begin(), parts.end(), std::back_inserter( ids ), [=]( auto& part ) { return part.*id; } );
+      return fmt::format( "there {} {}", ids.size() == 1 ? "is" : "are", fmt::join( ids, ", " ) );
+   }
+
+   static std::optional<uint32_t> addressIn( const Value& args ) {
+      auto address = member( args, "address" );
+      return address && address->IsObject() ? unsignedIn( *address, "address" ) : std::nullopt;
+   }
+
+   /** The device is talked to as the object says, whatever the topology says of it. */
+   void sameAsInTopology(
+      const Object& object, const std::string& pointer, const Inventory::Device& device ) {
+      auto driver = textIn( *device.json, "driver" );
+      if ( driver && *driver != object.driver ) {
+         subject_.warning( under( pointer, "driver" ),
+            fmt::format( "the topology gives device {} the driver {}", device.did, *driver ) );
+      }
+      auto there = driver ? addressIn( *device.json ) : std::nullopt;
+      auto here = addressIn( *object.args );
+      if ( there && here && *there != *here ) {
+         subject_.warning( under( under( pointer, "address" ), "address" ),
+            fmt::format( "the topology gives device {} the address {}", device.did, *there ) );
+      }
+   }
+
+   /** A device is made once, for the first of its objects. */
+   void sameDevice( const Object& object, const std::string& pointer ) {
+      auto& first = objects_[first_.emplace( object.did, objects_.size() - 1 ).first->second];
+      if ( first.driver != object.driver ) {
+         subject_.error( under( pointer, "driver" ),
+            fmt::format( "an object before has the driver {} for the device {}", first.driver, object.did ) );
+      }
+      auto there = addressIn( *first.args );
+      auto here = addressIn( *object.args );
+      if ( there && here && *there != *here ) {
+         subject_.warning( under( under( pointer, "address" ), "address" ),
+            fmt::format( "{} before has the address {} for the device {}, and that counts", first.name,
+               *there, object.did ) );
+      }
+   }
+
+   /** In simulation the library cannot make a device that it reaches by its label. */
+   void needsCpld() {
+      auto cpld = topology_ ? topology_->cpld() : nullptr;
+      auto isOnCpld = [&]( auto& object ) { return object.did == cpld->did; };
+      if ( system_ && cpld && std::none_of( objects_.begin(), objects_.end(), isOnCpld ) ) {
+         subject_.warning( *system_,
+            fmt::format( "works in simulation only with another object on the device {}, \"{}\"", cpld->did,
+               cpldLabel ),
+            "add a gpio of that device" );
+      }
+   }
+
+   const Subject& subject_;
+   const Inventory* topology_;
+   std::vector<Object> objects_;
+   std::set<std::string> names_;
+   /** Where a system object is. */
+   std::optional<std::string> system_;
+   std::set<uint32_t> reached_;
+   /** The first object of each device. */
+   std::map<uint32_t, size_t> first_;
 };
 
 } // namespace
 
-bool deniesHam( const Value& args ) {
-   auto ham = member( args, "provideHam" );
-   return ham && ham->GetUint() == 0;
-}
-
-void arguments(
-   const JsonFile& file, const std::string& pointer, const Value& args, std::vector<Finding>& findings ) {
-   auto& driver = args["driver"];
-   if ( driver.IsString() && !isKnownDriver( driver ) ) {
-      findings.push_back(
-         file.at( under( pointer, "driver" ), fmt::format( "there is no driver {}; the drivers are {}",
-                                                 compact( driver ), fmt::join( drivers, ", " ) ) ) );
-   }
-   if ( isMultiDevice( args ) ) {
-      return; // its address is not looked at
-   }
-   // The field of the address word is 2 bits wide, and what it keeps of the number is what counts.
-   auto size = member( args["address"], "addrSize" );
-   auto kept = size ? size->GetUint() & 3 : 1;
-   if ( kept != 1 && kept != 2 ) {
-      findings.push_back( file.at( under( under( pointer, "address" ), "addrSize" ),
-         fmt::format( "must be 1 or 2, not {}", size->GetUint() ) ) );
-   }
-}
-
-void objects( const JsonFile& file, const Inventory& topology, std::vector<Finding>& findings ) {
-   std::set<std::string> names;
-   std::map<uint32_t, std::string> driversByDid;
-   size_t index = 0;
-   for ( auto& object : file.document()["objects"].GetArray() ) {
-      auto pointer = under( "/objects", index++ );
-      if ( !names.insert( textOf( object["name"] ) ).second ) {
-         findings.push_back( file.at( under( pointer, "name" ), "an object before has this name" ) );
-      }
-      ObjectCheck check( file, pointer, findings );
-      check.thresholds( object );
-      if ( textOf( object["kind"] ) != "system" ) {
-         check.device( textOf( object["kind"] ), object["args"], topology );
-         check.driverOfDevice( object["args"], driversByDid );
-      }
-   }
+std::vector<Object> objects( const Subject& subject, const Inventory* topology ) {
+   return ObjectCheck( subject, topology ).run();
 }
 
 } // namespace Check

@@ -1,43 +1,114 @@
 #include "Check.h"
+#include "Nearest.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <tuple>
 
 namespace Check {
 
 namespace {
 
+/** The hams of the library, as JSON. */
+const std::vector<std::string> hams = { "\"QuillonSmbus\"", "\"SimHam\"" };
+
+/** A "uid" that stands for none. */
+constexpr uint32_t noUid = 0xFFFFFFFF;
+
+/** Bits of a bus number and of an accelerator number in the address word. */
+constexpr uint32_t fieldMask = 0x7F;
+
+bool isHam( const std::string& name ) {
+   return std::find( hams.begin(), hams.end(), '"' + name + '"' ) != hams.end();
+}
+
+std::string otherHam( const std::string& name ) {
+   auto meant = didYouMean( '"' + name + '"', hams );
+   return meant.empty() ? fmt::format( "use {}", fmt::join( hams, " or " ) ) : meant;
+}
+
 class TopologyCheck {
 public:
-   TopologyCheck( const JsonFile& file, const Inventory& inventory, std::vector<Finding>& findings )
-      : file_( file ), inventory_( inventory ), findings_( findings ) {}
+   TopologyCheck( const Subject& subject, const Inventory& inventory )
+      : subject_( subject ), inventory_( inventory ) {}
 
    void run() {
+      media();
       siblings();
       devices();
       components();
       muxes();
+      labels();
       cpld();
    }
 
 private:
-   void find( const std::string& pointer, const std::string& reason ) {
-      findings_.push_back( file_.at( pointer, reason ) );
+   void media() {
+      std::map<std::pair<std::string, int64_t>, std::string> busses;
+      for ( auto& medium : inventory_.media ) {
+         if ( !medium.ham.empty() && medium.type != "LinuxFs" && !isHam( medium.ham ) ) {
+            subject_.warning( under( medium.pointer, "ham" ),
+               fmt::format( "there is no ham \"{}\"", medium.ham ), otherHam( medium.ham ) );
+         }
+         if ( medium.busId ) {
+            bus( medium, *medium.busId, busses );
+         }
+      }
+   }
+
+   /** A medium that is a bus at once. */
+   void bus( const Inventory::Medium& medium, int64_t id,
+      std::map<std::pair<std::string, int64_t>, std::string>& busses ) {
+      auto place = under( medium.pointer, "id" );
+      auto field = id & fieldMask;
+      auto& first = busses.emplace( std::pair( medium.type, field ), medium.pointer ).first->second;
+      if ( field != id ) {
+         subject_.warning( place, fmt::format( "{} is cut to 7 bits and becomes {}", id, field ) );
+      }
+      if ( first != medium.pointer ) {
+         subject_.warning( place, fmt::format( "{} is the {} bus {} too", first, medium.type, field ) );
+      }
    }
 
    void siblings() {
-      for ( auto& [pointer, array] : inventory_.siblings ) {
+      for ( auto& [pointer, array, isBehindMux] : inventory_.siblings ) {
+         std::map<int64_t, int64_t> idsByField;
          std::set<int64_t> ids;
-         size_t index = 0;
-         for ( auto& element : array->GetArray() ) {
-            auto id = element["id"].GetInt64();
-            if ( !ids.insert( id ).second ) {
-               find( under( under( pointer, index ), "id" ), fmt::format( "one before has the id {}", id ) );
+         for ( rapidjson::SizeType i = 0; i < array->Size(); ++i ) {
+            auto place = under( pointer, i );
+            auto id = ( *array )[i].IsObject() ? member( ( *array )[i], "id" ) : nullptr;
+            if ( !id || !id->IsInt64() || !subject_.isSound( place + "/id" ) ) {
+               continue;
             }
-            ++index;
+            sibling( place + "/id", id->GetInt64(), isBehindMux, ids, idsByField );
          }
+      }
+   }
+
+   void sibling( const std::string& place, int64_t id, bool isBehindMux, std::set<int64_t>& ids,
+      std::map<int64_t, int64_t>& idsByField ) {
+      auto isNew = ids.insert( id ).second;
+      if ( isBehindMux ) {
+         if ( !isNew ) {
+            subject_.warning( place, fmt::format( "takes the place of the bus {} before", id ) );
+         }
+         return; // the number of a channel, of which all 32 bits count
+      }
+      if ( !isNew ) {
+         subject_.error( place, fmt::format( "one before has the id {}", id ) );
+         return;
+      }
+      auto field = id & fieldMask;
+      auto other = idsByField.emplace( field, id ).first->second;
+      if ( other != id ) {
+         subject_.warning(
+            place, fmt::format( "{} is cut to 7 bits, and is the same as the {} before then", id, other ) );
+      } else if ( field != id ) {
+         subject_.warning( place, fmt::format( "{} is cut to 7 bits and becomes {}", id, field ) );
       }
    }
 
@@ -45,20 +116,23 @@ private:
       std::set<uint32_t> dids;
       for ( auto& device : inventory_.devices ) {
          if ( !dids.insert( device.did ).second ) {
-            find(
+            subject_.error(
                under( device.pointer, "did" ), fmt::format( "a device before has the did {}", device.did ) );
          }
          if ( device.json->HasMember( "driver" ) ) {
-            arguments( file_, device.pointer, *device.json, findings_ );
+            arguments( subject_, device.pointer, *device.json );
          }
       }
    }
 
    void components() {
       std::set<uint32_t> uids;
-      for ( auto& [uid, pointer] : inventory_.components ) {
-         if ( !uids.insert( uid ).second ) {
-            find( under( pointer, "uid" ), fmt::format( "a component before has the uid {}", uid ) );
+      for ( auto& component : inventory_.components ) {
+         auto place = under( component.pointer, "uid" );
+         if ( component.uid == noUid ) {
+            subject_.error( place, fmt::format( "must not be {}, which stands for no component", noUid ) );
+         } else if ( !uids.insert( component.uid ).second ) {
+            subject_.error( place, fmt::format( "a component before has the uid {}", component.uid ) );
          }
       }
    }
@@ -69,11 +143,14 @@ private:
          auto device = inventory_.find( did );
          auto driver = device ? member( *device->json, "driver" ) : nullptr;
          if ( !device ) {
-            find( place, fmt::format( "there is no device {} that could switch", did ) );
+            if ( subject_.isSound() ) {
+               subject_.error( place, fmt::format( "there is no device {} that could switch", did ) );
+            }
          } else if ( !driver || driver->IsNull() ) {
-            find( place, fmt::format( "device {}, which switches, must have a driver", did ) );
+            subject_.error( place, fmt::format( "device {}, which switches, must have a driver", did ) );
          } else if ( liesBehindItself( did ) ) {
-            find( place, fmt::format( "device {}, which switches, is reached only through itself", did ) );
+            subject_.error(
+               place, fmt::format( "device {}, which switches, is reached only through itself", did ) );
          }
       }
    }
@@ -94,42 +171,73 @@ private:
       return seen.contains( did );
    }
 
-   /** The library reaches the platform's CPLD by this label; where a label comes twice, the last one counts.
-    */
-   void cpld() {
-      std::vector<std::string> places;
+   /** Where a label comes twice, the last one counts. */
+   void labels() {
+      std::set<std::string> seen;
       for ( auto& [text, pointer] : inventory_.labels ) {
-         if ( text == cpldLabel ) {
-            places.push_back( pointer );
+         if ( !seen.insert( text ).second ) {
+            auto place = under( pointer, "label" );
+            auto reason = fmt::format( "the label \"{}\" stands before", text );
+            text == cpldLabel ? subject_.error( place, reason )
+                              : subject_.warning( place, reason, "the last one counts" );
          }
-      }
-      if ( places.empty() ) {
-         find( "", "no device has the label \"CpuCpld\", by which the library finds the platform's CPLD" );
-         return;
-      }
-      std::for_each( places.begin() + 1, places.end(),
-         [&]( auto& place ) { find( under( place, "label" ), "the label \"CpuCpld\" stands before" ); } );
-
-      auto& place = places.front();
-      auto device = inventory_.at( place );
-      if ( !device ) {
-         find( under( place, "label" ), "the label \"CpuCpld\" is for a device" );
-      } else if ( !device->json->HasMember( "driver" ) ) {
-         find( place, "the device \"CpuCpld\" needs the key \"driver\", null at least" );
-      } else if ( deniesHam( *device->json ) ) {
-         find( under( place, "provideHam" ), "must not be 0: the library reads and writes this device" );
       }
    }
 
-   const JsonFile& file_;
+   /** The library reaches the platform's CPLD by this label. */
+   void cpld() {
+      auto label = std::find_if( inventory_.labels.begin(), inventory_.labels.end(),
+         []( auto& candidate ) { return candidate.text == cpldLabel; } );
+      if ( label == inventory_.labels.end() ) {
+         if ( subject_.isSound() ) {
+            subject_.error(
+               "", "no device has the label \"CpuCpld\", by which the library finds the platform's CPLD" );
+         }
+         return;
+      }
+      auto& place = label->pointer;
+      auto device = inventory_.at( place );
+      if ( !device ) {
+         if ( subject_.isSound() ) {
+            subject_.error( under( place, "label" ), "the label \"CpuCpld\" is for a device" );
+         }
+         return;
+      }
+      if ( !device->json->HasMember( "driver" ) ) {
+         subject_.error( place, "the device \"CpuCpld\" needs the key \"driver\", null at least" );
+      } else if ( deniesHam( *device->json ) ) {
+         subject_.error(
+            under( place, "provideHam" ), "must not be 0: the library reads and writes this device" );
+      }
+      if ( subject_.isSound() ) {
+         reach( subject_, under( place, "label" ), *device );
+      }
+   }
+
+   const Subject& subject_;
    const Inventory& inventory_;
-   std::vector<Finding>& findings_;
 };
 
 } // namespace
 
-void topology( const JsonFile& file, const Inventory& inventory, std::vector<Finding>& findings ) {
-   TopologyCheck( file, inventory, findings ).run();
+void topology( const Subject& subject, const Inventory& inventory ) {
+   TopologyCheck( subject, inventory ).run();
+}
+
+void reach( const Subject& subject, const std::string& pointer, const Inventory::Device& device ) {
+   if ( !device.switches.empty() ) {
+      subject.error( pointer,
+         fmt::format(
+            "device {} lies behind a multiplexer, and no driver of the library switches one", device.did ) );
+   } else if ( device.medium.type == "LinuxFs" ) {
+      subject.error( pointer,
+         fmt::format( "device {} lies below a LinuxFs, which the library has no access to", device.did ) );
+   } else if ( !isHam( device.medium.ham ) ) {
+      subject.error( pointer,
+         fmt::format( "device {} lies below the medium {}, whose ham \"{}\" the library does not have",
+            device.did, device.medium.pointer, device.medium.ham ),
+         otherHam( device.medium.ham ) );
+   }
 }
 
 } // namespace Check

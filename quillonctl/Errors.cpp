@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cstdio>
 
-void complain( const std::string& sentence ) {
-   auto line = sentence;
-   // Keys of documents and words of the library may hold anything, and the line is for a terminal.
+std::string forTerminal( std::string text ) {
    std::replace_if(
-      line.begin(), line.end(), []( unsigned char c ) { return c < ' ' || c == 0x7F; }, '?' );
-   fmt::print( stderr, "quillonctl: {}\n", line );
+      text.begin(), text.end(), []( unsigned char c ) { return c < ' ' || c == 0x7F; }, '?' );
+   return text;
+}
+
+void complain( const std::string& sentence ) {
+   fmt::print( stderr, "quillonctl: {}\n", forTerminal( sentence ) );
 }

@@ -10,6 +10,10 @@
 /** Exit statuses of the program. */
 enum ExitStatus { exitGood = 0, exitFailure = 1, exitUsage = 2, exitAlert = 3 };
 
+/** The text with a "?" for control characters: keys of documents and words of the library may hold anything.
+ */
+std::string forTerminal( std::string text );
+
 /** Writes a sentence to stderr, behind the name of the program. */
 void complain( const std::string& sentence );
 

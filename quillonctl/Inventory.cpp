@@ -13,7 +13,12 @@ public:
    explicit Walk( Inventory& inventory ) : inventory_( inventory ) {}
 
    void medium( const std::string& pointer, const Value& json ) {
-      auto type = textOf( json["type"] );
+      auto type = textIn( json, "type" ).value_or( "" );
+      auto isBus = type == "I2C" || type == "IOPort" || type == "PLM" || type == "SccSpi";
+      auto id = isBus ? member( json, "id" ) : nullptr;
+      medium_ = { type, textIn( json, "ham" ).value_or( "" ), pointer,
+         id && id->IsInt() ? std::optional<int64_t>( id->GetInt() ) : std::nullopt };
+      inventory_.media.push_back( medium_ );
       if ( type == "SCD" || type == "Celestica" ) {
          label( pointer, json );
          accelerators( pointer, json );
@@ -23,7 +28,7 @@ public:
       } else if ( type == "LinuxFs" ) {
          label( pointer, json );
          each( pointer, json, "devices", &Walk::device );
-      } else {
+      } else if ( isBus ) {
          bus( pointer, json );
       }
    }
@@ -32,28 +37,34 @@ private:
    using Visit = void ( Walk::* )( const std::string& pointer, const Value& json );
 
    void each( const std::string& pointer, const Value& json, const char* key, Visit visit ) {
-      if ( auto array = member( json, key ) ) {
-         size_t index = 0;
-         for ( auto& element : array->GetArray() ) {
-            ( this->*visit )( under( under( pointer, key ), index++ ), element );
+      auto array = member( json, key );
+      if ( !array || !array->IsArray() ) {
+         return;
+      }
+      size_t index = 0;
+      for ( auto& element : array->GetArray() ) {
+         auto place = under( under( pointer, key ), index++ );
+         if ( element.IsObject() ) {
+            ( this->*visit )( place, element );
          }
       }
    }
 
    void label( const std::string& pointer, const Value& json ) {
-      if ( auto text = member( json, "label" ) ) {
-         inventory_.labels.push_back( { textOf( *text ), pointer } );
+      if ( auto text = textIn( json, "label" ) ) {
+         inventory_.labels.push_back( { *text, pointer } );
       }
    }
 
-   void siblings( const std::string& pointer, const Value& json, const char* key ) {
-      if ( auto array = member( json, key ) ) {
-         inventory_.siblings.push_back( { under( pointer, key ), array } );
+   void siblings( const std::string& pointer, const Value& json, const char* key, bool isBehindMux ) {
+      auto array = member( json, key );
+      if ( array && array->IsArray() ) {
+         inventory_.siblings.push_back( { under( pointer, key ), array, isBehindMux } );
       }
    }
 
    void accelerators( const std::string& pointer, const Value& json ) {
-      siblings( pointer, json, "accelerators" );
+      siblings( pointer, json, "accelerators", false );
       each( pointer, json, "accelerators", &Walk::accelerator );
    }
 
@@ -63,7 +74,7 @@ private:
    }
 
    void busses( const std::string& pointer, const Value& json ) {
-      siblings( pointer, json, "busses" );
+      siblings( pointer, json, "busses", false );
       each( pointer, json, "busses", &Walk::bus );
    }
 
@@ -75,27 +86,38 @@ private:
 
    void mux( const std::string& pointer, const Value& json ) {
       label( pointer, json );
-      auto did = json["did"].GetUint();
-      inventory_.muxes.push_back( { did, pointer } );
-      switches_.push_back( did );
-      // Only here may a bus repeat the id of another, and then takes its place.
+      auto did = unsignedIn( json, "did" );
+      if ( !did ) {
+         return;
+      }
+      inventory_.muxes.push_back( { *did, pointer } );
+      switches_.push_back( *did );
+      siblings( pointer, json, "busses", true );
       each( pointer, json, "busses", &Walk::bus );
       switches_.pop_back();
    }
 
    void device( const std::string& pointer, const Value& json ) {
       label( pointer, json );
-      inventory_.devices.push_back( { json["did"].GetUint(), pointer, &json, switches_ } );
+      if ( auto did = unsignedIn( json, "did" ) ) {
+         inventory_.devices.push_back( { *did, pointer, &json, medium_, switches_ } );
+      }
+      device_ = pointer;
       each( pointer, json, "components", &Walk::component );
    }
 
    void component( const std::string& pointer, const Value& json ) {
       label( pointer, json );
-      inventory_.components.push_back( { json["uid"].GetUint(), pointer } );
+      if ( auto uid = unsignedIn( json, "uid" ) ) {
+         inventory_.components.push_back( { *uid, pointer, device_ } );
+      }
    }
 
    Inventory& inventory_;
+   // Where the walk is.
+   Inventory::Medium medium_;
    std::vector<uint32_t> switches_;
+   std::string device_;
 };
 
 } // namespace
@@ -112,17 +134,30 @@ const Inventory::Device* Inventory::at( const std::string& pointer ) const {
    return found == devices.end() ? nullptr : &*found;
 }
 
-bool Inventory::hasComponent( uint32_t uid ) const {
-   return std::any_of(
+const Inventory::Device* Inventory::holderOf( uint32_t uid ) const {
+   auto found = std::find_if(
       components.begin(), components.end(), [=]( auto& component ) { return component.uid == uid; } );
+   return found == components.end() ? nullptr : at( found->device );
+}
+
+const Inventory::Device* Inventory::cpld() const {
+   auto found =
+      std::find_if( labels.begin(), labels.end(), []( auto& label ) { return label.text == cpldLabel; } );
+   return found == labels.end() ? nullptr : at( found->pointer );
 }
 
 Inventory takeInventory( const Value& topology ) {
    Inventory inventory;
+   if ( !topology.IsArray() ) {
+      return inventory;
+   }
    Walk walk( inventory );
    size_t index = 0;
    for ( auto& medium : topology.GetArray() ) {
-      walk.medium( under( "", index++ ), medium );
+      auto pointer = under( "", index++ );
+      if ( medium.IsObject() ) {
+         walk.medium( pointer, medium );
+      }
    }
    return inventory;
 }

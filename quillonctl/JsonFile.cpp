@@ -1,7 +1,5 @@
 #include "JsonFile.h"
 
-#include "Errors.h"
-
 #include <fmt/format.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
@@ -29,26 +27,19 @@ struct OffsetStream : rapidjson::MemoryStream {
    explicit OffsetStream( const std::string& text ) : MemoryStream( text.data(), text.size() ) {}
 };
 
-std::string readFile( const std::string& name ) {
-   std::unique_ptr<FILE, int ( * )( FILE* )> file( fopen( name.c_str(), "rb" ), fclose );
+/** The text of a file, or none with errno. */
+std::optional<std::string> readFile( const std::string& name ) {
+   std::unique_ptr<FILE, int ( * )( FILE* )> file( fopen( name.c_str(), "rbe" ), fclose );
    std::string text;
    char block[4096];
    size_t count = 0;
    while ( file && ( count = fread( block, 1, sizeof( block ), file.get() ) ) > 0 ) {
       text.append( block, count );
    }
-   if ( !file || ferror( file.get() ) ) {
-      throw InputError( { fmt::format( "cannot read {}: {}", name, strerror( errno ) ) } );
-   }
-   return text;
+   return file && !ferror( file.get() ) ? std::optional( text ) : std::nullopt;
 }
 
 } // namespace
-
-std::string Finding::text() const {
-   return fmt::format(
-      "{}:{}:{}: {}{}{}", file, place.line, place.column, pointer, pointer.empty() ? "" : ": ", reason );
-}
 
 /** Notes where each value stands, and finds what the library would take, but not as it was meant. */
 class Positions : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Positions> {
@@ -86,7 +77,7 @@ public:
 
    bool EndArray( rapidjson::SizeType ) { return leave(); }
 
-   std::vector<Finding> findings;
+   Findings findings;
    bool tooDeep = false;
 
    size_t cursor() const { return cursor_; }
@@ -99,6 +90,8 @@ private:
       size_t index;
       std::string key;
       size_t keyOffset;
+      /** Whether another value stands at this pointer already. */
+      bool isRepeated;
    };
 
    /** The reader tells the end of a token; it begins behind the last one and what stands between them. */
@@ -113,7 +106,8 @@ private:
       auto pointer = in.isArray ? under( in.pointer, in.index++ ) : under( in.pointer, in.key );
       auto keyOffset = in.isArray ? offset : in.keyOffset;
       auto [first, isNew] = file_.positions_.emplace( pointer, JsonFile::Position { keyOffset, offset } );
-      if ( !isNew && !in.isArray ) {
+      // Below a key that is repeated, that has been told.
+      if ( !isNew && !in.isArray && !in.isRepeated ) {
          auto line = file_.placeOf( first->second.key ).line;
          find( keyOffset, pointer, fmt::format( "this key was there before, in line {}", line ) );
       }
@@ -121,7 +115,7 @@ private:
    }
 
    void find( size_t offset, const std::string& pointer, const std::string& reason ) {
-      findings.push_back( { file_.name_, file_.placeOf( offset ), pointer, reason } );
+      findings.push_back( { Severity::Error, file_.name_, file_.placeOf( offset ), pointer, reason, "" } );
    }
 
    /** The library, and file names, would see only what stands before it. */
@@ -135,7 +129,7 @@ private:
       auto offset = nextToken();
       auto pointer = note( offset );
       cursor_ = offset + 1;
-      open_.push_back( { pointer, isArray, 0, "", 0 } );
+      open_.push_back( { pointer, isArray, 0, "", 0, file_.positions_.at( pointer ).value != offset } );
       tooDeep = open_.size() > deepest;
       return !tooDeep;
    }
@@ -152,15 +146,38 @@ private:
    std::vector<Container> open_;
 };
 
-std::unique_ptr<JsonFile> JsonFile::load(
-   const std::filesystem::path& path, std::vector<Finding>& findings ) {
-   std::unique_ptr<JsonFile> file( new JsonFile( path.string(), readFile( path.string() ) ) );
+namespace {
+
+/** What to do about a file that cannot be read. */
+std::string repairFor( int reason ) {
+   return reason == EISDIR   ? "put the document there, or name another board with --board"
+          : reason == EACCES ? "make it readable, or name another board with --board"
+                             : "name a folder that holds topology.json and objects.json with --board";
+}
+
+} // namespace
+
+std::unique_ptr<JsonFile> JsonFile::load( const std::filesystem::path& path, Findings& findings ) {
+   auto name = path.string();
+   auto text = readFile( name );
+   if ( !text ) {
+      auto reason = errno;
+      findings.push_back( { Severity::Error, name, {}, "",
+         fmt::format( "cannot read {}: {}", name, reason == EISDIR ? "it is a folder" : strerror( reason ) ),
+         repairFor( reason ) } );
+      return nullptr;
+   }
+   return parse( name, *text, findings );
+}
+
+std::unique_ptr<JsonFile> JsonFile::parse( const std::string& name, std::string text, Findings& findings ) {
+   std::unique_ptr<JsonFile> file( new JsonFile( name, std::move( text ) ) );
    return file->parse( findings ) ? std::move( file ) : nullptr;
 }
 
-bool JsonFile::parse( std::vector<Finding>& findings ) {
+bool JsonFile::parse( Findings& findings ) {
    auto fail = [&]( size_t offset, const std::string& reason ) {
-      findings.push_back( { name_, placeOf( offset ), "", reason } );
+      findings.push_back( { Severity::Error, name_, placeOf( offset ), "", reason, "" } );
       return false;
    };
    // The library takes a C string, and would see only what stands before it.
@@ -199,12 +216,24 @@ Place JsonFile::placeOf( size_t offset ) const {
    return place;
 }
 
-Finding JsonFile::at( const std::string& pointer, const std::string& reason ) const {
-   return { name_, placeOf( positions_.at( pointer ).value ), pointer, reason };
+Finding JsonFile::error(
+   const std::string& pointer, const std::string& reason, const std::string& repair ) const {
+   return { Severity::Error, name_, placeOf( positions_.at( pointer ).value ), pointer, reason, repair };
 }
 
-Finding JsonFile::atKey( const std::string& pointer, const std::string& reason ) const {
-   return { name_, placeOf( positions_.at( pointer ).key ), pointer, reason };
+Finding JsonFile::errorAtKey(
+   const std::string& pointer, const std::string& reason, const std::string& repair ) const {
+   return { Severity::Error, name_, placeOf( positions_.at( pointer ).key ), pointer, reason, repair };
+}
+
+Finding JsonFile::warning(
+   const std::string& pointer, const std::string& reason, const std::string& repair ) const {
+   return { Severity::Warning, name_, placeOf( positions_.at( pointer ).value ), pointer, reason, repair };
+}
+
+Finding JsonFile::warningAtKey(
+   const std::string& pointer, const std::string& reason, const std::string& repair ) const {
+   return { Severity::Warning, name_, placeOf( positions_.at( pointer ).key ), pointer, reason, repair };
 }
 
 const rapidjson::Value* member( const rapidjson::Value& object, const char* key ) {
@@ -233,4 +262,14 @@ std::string compact( const rapidjson::Value& value ) {
    rapidjson::Writer<rapidjson::StringBuffer> writer( buffer );
    value.Accept( writer );
    return { buffer.GetString(), buffer.GetSize() };
+}
+
+std::optional<std::string> textIn( const rapidjson::Value& object, const char* key ) {
+   auto value = member( object, key );
+   return value && value->IsString() ? std::optional( textOf( *value ) ) : std::nullopt;
+}
+
+std::optional<uint32_t> unsignedIn( const rapidjson::Value& object, const char* key ) {
+   auto value = member( object, key );
+   return value && value->IsUint() ? std::optional( value->GetUint() ) : std::nullopt;
 }

@@ -1,32 +1,18 @@
 #ifndef JSON_FILE_H
 #define JSON_FILE_H
 
+#include "Finding.h"
+
 #include <rapidjson/document.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-/** A place in a text, counted from 1; columns are characters. */
-struct Place {
-   size_t line;
-   size_t column;
-};
-
-/** A mistake in a document. */
-struct Finding {
-   std::string file;
-   Place place;
-   /** JSON pointer of the value, empty for the root and where there is no value. */
-   std::string pointer;
-   std::string reason;
-
-   /** "FILE:LINE:COLUMN: /json/pointer: reason" */
-   std::string text() const;
-};
 
 /** A JSON document that knows where in its file each value stands. */
 class JsonFile {
@@ -34,18 +20,30 @@ public:
    /**
     * Reads and parses a file as strict JSON, nested 64 levels at most, each key once in an object.
     * @param findings receives the mistakes
-    * @return null when the text could not be parsed
+    * @return null when the file could not be read or parsed
     */
-   static std::unique_ptr<JsonFile> load( const std::filesystem::path& path, std::vector<Finding>& findings );
+   static std::unique_ptr<JsonFile> load( const std::filesystem::path& path, Findings& findings );
+   /** The same for a text that comes from the file `name`. */
+   static std::unique_ptr<JsonFile> parse( const std::string& name, std::string text, Findings& findings );
+
+   const std::string& name() const { return name_; }
 
    const std::string& text() const { return text_; }
 
    const rapidjson::Document& document() const { return document_; }
 
-   /** A finding at a value. */
-   Finding at( const std::string& pointer, const std::string& reason ) const;
-   /** A finding at the key of a value, for what's wrong with the key itself. */
-   Finding atKey( const std::string& pointer, const std::string& reason ) const;
+   bool has( const std::string& pointer ) const { return positions_.contains( pointer ); }
+
+   /** An error at a value. */
+   Finding error(
+      const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
+   /** An error at the key of a value, for what's wrong with the key itself. */
+   Finding errorAtKey(
+      const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
+   Finding warning(
+      const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
+   Finding warningAtKey(
+      const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
 
 private:
    friend class Positions;
@@ -58,7 +56,7 @@ private:
 
    JsonFile( const std::string& name, std::string text ) : name_( name ), text_( std::move( text ) ) {}
 
-   bool parse( std::vector<Finding>& findings );
+   bool parse( Findings& findings );
    Place placeOf( size_t offset ) const;
 
    std::string name_;
@@ -79,5 +77,9 @@ std::string under( const std::string& pointer, size_t index );
 
 /** The JSON text of a value, without white space. */
 std::string compact( const rapidjson::Value& value );
+
+/** The member of an object under a key, if it is there and a string, or an integer from 0 to 4294967295. */
+std::optional<std::string> textIn( const rapidjson::Value& object, const char* key );
+std::optional<uint32_t> unsignedIn( const rapidjson::Value& object, const char* key );
 
 #endif

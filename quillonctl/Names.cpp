@@ -1,12 +1,11 @@
 #include "Names.h"
 
+#include "Nearest.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
-#include <map>
-#include <numeric>
-#include <utility>
 
 #include <fnmatch.h>
 
@@ -14,21 +13,6 @@ namespace {
 
 bool matches( const std::string& pattern, const ObjectEntry& object ) {
    return fnmatch( pattern.c_str(), object.name.c_str(), 0 ) == 0;
-}
-
-/** How many characters have to be inserted, deleted or replaced to get from one text to the other. */
-size_t distance( const std::string& from, const std::string& to ) {
-   std::vector<size_t> row( to.size() + 1 );
-   std::iota( row.begin(), row.end(), size_t { 0 } );
-   for ( size_t i = 0; i < from.size(); ++i ) {
-      auto diagonal = std::exchange( row[0], i + 1 );
-      for ( size_t j = 0; j < to.size(); ++j ) {
-         auto replaced = diagonal + ( from[i] == to[j] ? 0 : 1 );
-         diagonal = row[j + 1];
-         row[j + 1] = std::min( { replaced, row[j] + 1, diagonal + 1 } );
-      }
-   }
-   return row.back();
 }
 
 } // namespace
@@ -94,25 +78,15 @@ const ObjectEntry& theOnly( const Board& board, const Kind& kind ) {
 }
 
 std::string suggestion( const std::string& wrong, const std::vector<std::string>& words ) {
-   std::multimap<size_t, std::string> near;
-   for ( auto& word : words ) {
-      auto far = distance( wrong, word );
-      if ( far <= std::max<size_t>( 2, wrong.size() / 3 ) && far < std::max( wrong.size(), word.size() ) ) {
-         near.emplace( far, word );
-      }
+   auto meant = didYouMean( wrong, words );
+   if ( !meant.empty() ) {
+      return meant;
    }
-   if ( near.empty() ) {
-      constexpr size_t listable = 20;
-      if ( words.empty() ) {
-         return "there are none";
-      }
-      return words.size() > listable
-                ? "status without a name shows all"
-                : fmt::format( "there {} {}", words.size() == 1 ? "is" : "are", fmt::join( words, ", " ) );
+   constexpr size_t listable = 20;
+   if ( words.empty() ) {
+      return "there are none";
    }
-   std::vector<std::string> nearest;
-   for ( auto it = near.begin(); it != near.end() && nearest.size() < 3; ++it ) {
-      nearest.push_back( it->second );
-   }
-   return fmt::format( "did you mean {}?", fmt::join( nearest, " or " ) );
+   return words.size() > listable
+             ? "status without a name shows all"
+             : fmt::format( "there {} {}", words.size() == 1 ? "is" : "are", fmt::join( words, ", " ) );
 }

@@ -1,13 +1,17 @@
 #include "Schema.h"
 
+#include "Nearest.h"
 #include "SchemaBundle.h"
 
-#include <rapidjson/pointer.h>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <rapidjson/schema.h>
-#include <rapidjson/stringbuffer.h>
 
 #include <algorithm>
 #include <cassert>
+#include <map>
+#include <memory>
+#include <set>
 
 namespace Schema {
 
@@ -20,120 +24,252 @@ const Bundle& bundle() {
    return schemas;
 }
 
-struct Breach {
-   std::string pointer;
-   std::string reason;
-   bool atKey = false;
+/** A schema that the validator can work with, which refers to its text. */
+struct Compiled {
+   explicit Compiled( rapidjson::Document document ) : text( std::move( document ) ), schema( text ) {}
+
+   rapidjson::Document text;
+   rapidjson::SchemaDocument schema;
 };
 
-/** The property that tells the alternatives of a "oneOf" apart: the one with an enumeration, of one value. */
-const Value::Member& selectorOf( const Value& alternative ) {
-   auto properties = alternative["properties"].GetObject();
-   auto selector = std::find_if( properties.begin(), properties.end(),
-      []( auto& property ) { return property.value.HasMember( "enum" ); } );
-   assert( selector != properties.end() );
-   return *selector;
+/** Compiled schemas by their places. */
+using Cache = std::map<std::string, std::unique_ptr<Compiled>>;
+
+/** Whether a value keeps the schema at a place, with all that it is made of. */
+bool keeps( const std::string& place, const Value& value ) {
+   static Cache cache;
+   auto& compiled = cache[place];
+   if ( !compiled ) {
+      compiled = std::make_unique<Compiled>( bundle().schemaOf( place ) );
+   }
+   rapidjson::SchemaValidator validator( compiled->schema );
+   return value.Accept( validator );
 }
 
-bool isRequired( const Value& schema, const Value& key ) {
-   auto required = member( schema, "required" );
-   return required && std::find( required->Begin(), required->End(), key ) != required->End();
+/** The schema without the rules that are made of other schemas. */
+rapidjson::Document ownRules( const Value& schema ) {
+   rapidjson::Document own;
+   own.CopyFrom( schema, own.GetAllocator() );
+   for ( auto keyword :
+      { "allOf", "oneOf", "dependencies", "properties", "additionalProperties", "items", "definitions" } ) {
+      own.RemoveMember( keyword );
+   }
+   return own;
+}
+
+/** The first of a schema's own rules that a value breaks, by its keyword, or an empty text. */
+std::string brokenRule( const std::string& place, const Value& schema, const Value& value ) {
+   static Cache cache;
+   auto& compiled = cache[place];
+   if ( !compiled ) {
+      compiled = std::make_unique<Compiled>( ownRules( schema ) );
+   }
+   rapidjson::SchemaValidator validator( compiled->schema );
+   return value.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
+}
+
+/** The property that tells the alternatives of a "oneOf" apart: the one with an enumeration. */
+const Value::Member* selectorOf( const Value& alternative ) {
+   auto properties = member( alternative, "properties" );
+   if ( !properties ) {
+      return nullptr;
+   }
+   auto selector = std::find_if( properties->MemberBegin(), properties->MemberEnd(),
+      []( auto& property ) { return property.value.HasMember( "enum" ); } );
+   return selector == properties->MemberEnd() ? nullptr : &*selector;
+}
+
+bool contains( const Value& array, const Value& value ) {
+   return std::find( array.Begin(), array.End(), value ) != array.End();
 }
 
 bool isMeantFor( const Value& alternative, const Value& object ) {
-   auto& selector = selectorOf( alternative );
-   auto actual = object.FindMember( selector.name );
-   return actual == object.MemberEnd() ? !isRequired( alternative, selector.name )
-                                       : actual->value == selector.value["enum"][0];
+   auto selector = selectorOf( alternative );
+   if ( !selector ) {
+      return false;
+   }
+   auto actual = object.FindMember( selector->name );
+   if ( actual != object.MemberEnd() ) {
+      return contains( selector->value["enum"], actual->value );
+   }
+   auto required = member( alternative, "required" );
+   return !required || !contains( *required, selector->name );
 }
 
 /** Places of the schemas in the list under a keyword. */
 std::vector<std::string> listed( const Value& schema, const std::string& place, const char* keyword ) {
    std::vector<std::string> places;
-   for ( size_t i = 0; i < schema[keyword].Size(); ++i ) {
+   auto list = member( schema, keyword );
+   for ( size_t i = 0; list && i < list->Size(); ++i ) {
       places.push_back( under( under( place, keyword ), i ) );
    }
    return places;
 }
 
-/** For a breach of a rule that is made of other schemas, the places of those that have to be met. */
-std::vector<std::string> parts(
-   const Value& schema, const std::string& place, const std::string& keyword, const Value& value ) {
-   std::vector<std::string> places;
-   if ( keyword == "allOf" ) {
-      places = listed( schema, place, "allOf" );
-   } else if ( keyword == "oneOf" && value.IsObject() ) {
-      places = listed( schema, place, "oneOf" );
-      std::erase_if( places, [&]( std::string part ) { return !isMeantFor( bundle().at( part ), value ); } );
-   } else if ( keyword == "dependencies" ) {
-      for ( auto& dependency : schema["dependencies"].GetObject() ) {
-         if ( value.HasMember( dependency.name ) ) {
-            places.push_back( under( under( place, "dependencies" ), textOf( dependency.name ) ) );
+std::vector<std::string> keysOf( const Value& schema ) {
+   std::vector<std::string> keys;
+   if ( auto properties = member( schema, "properties" ) ) {
+      for ( auto& property : properties->GetObject() ) {
+         keys.push_back( textOf( property.name ) );
+      }
+   }
+   return keys;
+}
+
+class Search {
+public:
+   Search( const JsonFile& file, Findings& findings ) : file_( file ), findings_( findings ) {}
+
+   /** Finds the breaches of the schema at `place` by the value at `pointer`, and by what is in it. */
+   void run( std::string place, const Value& value, const std::string& pointer ) {
+      auto& schema = bundle().at( place );
+      auto rule = brokenRule( place, schema, value );
+      if ( rule == "required" ) {
+         for ( auto& key : schema["required"].GetArray() ) {
+            lack( pointer, value, textOf( key ) );
+         }
+      } else if ( !rule.empty() ) {
+         find( pointer, breach( schema, rule, value ) );
+      }
+      if ( value.IsObject() ) {
+         members( schema, place, value, pointer );
+      } else if ( value.IsArray() && schema.HasMember( "items" ) ) {
+         size_t index = 0;
+         for ( auto& element : value.GetArray() ) {
+            run( under( place, "items" ), element, under( pointer, index++ ) );
+         }
+      }
+      parts( schema, place, value, pointer );
+   }
+
+   /** Tells of the keys that are missing, all those of an object at once. */
+   void finish() {
+      for ( auto& [pointer, keys] : missing_ ) {
+         findings_.push_back( file_.error( pointer, missing( keys ) ) );
+      }
+   }
+
+private:
+   /** Different schemas can have something against the same value; one reason is enough. */
+   void find( const std::string& pointer, const Words& words ) {
+      if ( told_.insert( pointer ).second ) {
+         findings_.push_back( file_.error( pointer, words.reason, words.repair ) );
+      }
+   }
+
+   void lack( const std::string& pointer, const Value& object, const std::string& key ) {
+      auto& keys = missing_[pointer];
+      if ( !member( object, key.c_str() ) && std::find( keys.begin(), keys.end(), key ) == keys.end() ) {
+         keys.push_back( key );
+      }
+   }
+
+   void members(
+      const Value& schema, const std::string& place, const Value& object, const std::string& pointer ) {
+      auto properties = member( schema, "properties" );
+      auto further = member( schema, "additionalProperties" );
+      for ( auto& [name, value] : object.GetObject() ) {
+         auto key = textOf( name );
+         auto inner = under( pointer, key );
+         if ( properties && properties->HasMember( name ) ) {
+            run( under( under( place, "properties" ), key ), value, inner );
+         } else if ( further && further->IsObject() ) {
+            run( under( place, "additionalProperties" ), value, inner );
+         } else if ( further && !further->GetBool() && told_.insert( inner ).second ) {
+            findings_.push_back( unknownKey( inner, key, keysOf( schema ) ) );
          }
       }
    }
-   return places;
-}
 
-/** The breach by a value that none of the alternatives is meant for. */
-Breach noAlternative(
-   const Value& schema, const std::string& place, const Value& value, const std::string& pointer ) {
-   if ( !value.IsObject() ) {
-      return { pointer, mismatch( "an object", value ) };
+   Finding unknownKey(
+      const std::string& pointer, const std::string& key, const std::vector<std::string>& known ) const {
+      auto meant = nearest( key, known );
+      return file_.errorAtKey( pointer, "unknown key",
+         meant.empty() ? fmt::format( "the keys here are \"{}\"", fmt::join( known, "\", \"" ) )
+                       : fmt::format( "did you mean \"{}\"?", fmt::join( meant, "\" or \"" ) ) );
    }
-   std::vector<std::string> values;
-   std::string key;
-   for ( auto& part : listed( schema, place, "oneOf" ) ) {
-      auto& selector = selectorOf( bundle().at( part ) );
-      key = textOf( selector.name );
-      values.push_back( compact( selector.value["enum"][0] ) );
-   }
-   auto actual = member( value, key.c_str() );
-   return actual ? Breach { under( pointer, key ), mismatch( oneOf( values ), *actual ) }
-                 : Breach { pointer, missing( { key } ) };
-}
 
-std::string textOf( const rapidjson::Pointer& pointer ) {
-   rapidjson::StringBuffer text;
-   pointer.Stringify( text );
-   return text.GetString();
-}
-
-/** The innermost breach of the schema at `place` by the value at `pointer`. */
-std::optional<Breach> find( const std::string& place, const Value& value, const std::string& pointer ) {
-   auto schema = bundle().schemaOf( place );
-   rapidjson::SchemaDocument compiled( schema );
-   rapidjson::SchemaValidator validator( compiled );
-   if ( value.Accept( validator ) ) {
-      return {};
-   }
-   auto badPath = validator.GetInvalidDocumentPointer();
-   auto& bad = *badPath.Get( value );
-   auto badPointer = pointer + textOf( badPath );
-   std::string keyword = validator.GetInvalidSchemaKeyword();
-   auto brokenPlace = textOf( validator.GetInvalidSchemaPointer() );
-   auto& broken = bundle().at( brokenPlace );
-
-   for ( auto& part : parts( broken, brokenPlace, keyword, bad ) ) {
-      if ( auto inner = find( part, bad, badPointer ) ) {
-         return inner;
+   /** The rules that are made of other schemas. */
+   void parts(
+      const Value& schema, const std::string& place, const Value& value, const std::string& pointer ) {
+      for ( auto& part : listed( schema, place, "allOf" ) ) {
+         run( part, value, pointer );
+      }
+      if ( schema.HasMember( "oneOf" ) ) {
+         alternatives( schema, place, value, pointer );
+      }
+      if ( auto dependencies = member( schema, "dependencies" ); dependencies && value.IsObject() ) {
+         for ( auto& dependency : dependencies->GetObject() ) {
+            if ( value.HasMember( dependency.name ) ) {
+               run( under( under( place, "dependencies" ), textOf( dependency.name ) ), value, pointer );
+            }
+         }
       }
    }
-   if ( keyword == "oneOf" ) {
-      return noAlternative( broken, brokenPlace, bad, badPointer );
+
+   void alternatives(
+      const Value& schema, const std::string& place, const Value& value, const std::string& pointer ) {
+      auto places = listed( schema, place, "oneOf" );
+      auto isMeant = [&]( std::string part ) { return isMeantFor( bundle().at( part ), value ); };
+      auto meant = value.IsObject() ? std::find_if( places.begin(), places.end(), isMeant ) : places.end();
+      if ( meant != places.end() ) {
+         run( *meant, value, pointer );
+      } else if ( std::none_of(
+                     places.begin(), places.end(), [&]( auto& part ) { return keeps( part, value ); } ) ) {
+         noAlternative( schema, places, value, pointer );
+      }
    }
-   return Breach { badPointer, breach( broken, keyword, bad ), keyword == "additionalProperties" };
-}
+
+   /** For a value that none of the alternatives is meant for. */
+   void noAlternative( const Value& schema, const std::vector<std::string>& places, const Value& value,
+      const std::string& pointer ) {
+      std::vector<std::string> values;
+      std::string key;
+      for ( auto place : places ) {
+         if ( auto selector = selectorOf( bundle().at( place ) ) ) {
+            key = textOf( selector->name );
+            for ( auto& choice : selector->value["enum"].GetArray() ) {
+               values.push_back( compact( choice ) );
+            }
+         }
+      }
+      if ( key.empty() ) {
+         find( pointer, { mismatch( wanted( schema ), value ) } );
+      } else if ( !value.IsObject() ) {
+         find( pointer, { mismatch( "an object", value ) } );
+      } else if ( auto actual = member( value, key.c_str() ) ) {
+         find( under( pointer, key ), noneOf( values, *actual ) );
+      } else {
+         lack( pointer, value, key );
+      }
+   }
+
+   const JsonFile& file_;
+   Findings& findings_;
+   std::set<std::string> told_;
+   std::map<std::string, std::vector<std::string>> missing_;
+};
 
 } // namespace
 
-std::optional<Finding> check( const std::string& name, const JsonFile& file ) {
-   auto breach = find( "/definitions/" + name, file.document(), "" );
-   if ( !breach ) {
-      return {};
+void check( const std::string& name, const JsonFile& file, Findings& findings ) {
+   auto place = "/definitions/" + name;
+   if ( !keeps( place, file.document() ) ) {
+      Search search( file, findings );
+      search.run( place, file.document(), "" );
+      search.finish();
    }
-   return breach->atKey ? file.atKey( breach->pointer, breach->reason )
-                        : file.at( breach->pointer, breach->reason );
+}
+
+std::vector<std::string> keysAt( const std::string& place ) {
+   auto inBundle = place;
+   auto& schema = bundle().at( inBundle );
+   auto keys = keysOf( schema );
+   for ( auto& part : listed( schema, inBundle, "allOf" ) ) {
+      auto more = keysAt( part );
+      keys.insert( keys.end(), more.begin(), more.end() );
+   }
+   return keys;
 }
 
 } // namespace Schema

@@ -3,25 +3,35 @@
 
 #include "JsonFile.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 /** Checks documents against the JSON Schemas that are compiled into the program. */
 namespace Schema {
 
-/** The first breach of a schema, "topology" or "objects", in a document, if any. */
-std::optional<Finding> check( const std::string& name, const JsonFile& file );
+/** Finds every breach of a schema, such as "topology" or "objects", in a document. */
+void check( const std::string& name, const JsonFile& file, Findings& findings );
 
-/** In words, how a value breaks the rule `keyword` of a schema. */
-std::string breach(
-   const rapidjson::Value& schema, const std::string& keyword, const rapidjson::Value& value );
+/** The keys of the schema at a place, such as "/definitions/driver-EMC2305/definitions/fan". */
+std::vector<std::string> keysAt( const std::string& place );
+
+/** What is wrong, and what to do about it if that can be said. */
+struct Words {
+   std::string reason;
+   std::string repair = {};
+};
+
+/** How a value breaks the rule `keyword` of a schema. */
+Words breach( const rapidjson::Value& schema, const std::string& keyword, const rapidjson::Value& value );
+
+/** How a value differs from all those that there are to choose from, given as JSON. */
+Words noneOf( const std::vector<std::string>& values, const rapidjson::Value& value );
 
 /** "must be ..., not ...", with what a value must be and what it is. */
 std::string mismatch( const std::string& wanted, const rapidjson::Value& value );
 
-/** Values to choose from, in words. */
-std::string oneOf( const std::vector<std::string>& values );
+/** What a schema asks for: its title where it has one, "an integer from 0 to 255" and the like else. */
+std::string wanted( const rapidjson::Value& schema );
 
 std::string missing( const std::vector<std::string>& keys );
 

@@ -31,17 +31,15 @@ std::string target( const std::string& reference, const std::string& place ) {
 
 Bundle::Bundle() {
    definitions_.SetObject();
-   add( "args", argsText );
-   add( "topology", topologyText );
-   add( "objects", objectsText );
+   std::for_each( files.begin(), files.end(), [this]( auto& file ) { add( file ); } );
 }
 
-void Bundle::add( const char* name, const char* text ) {
+void Bundle::add( const File& file ) {
    Document document( &definitions_.GetAllocator() );
-   document.Parse( text );
+   document.Parse( file.text );
    assert( !document.HasParseError() );
-   redirect( document, under( root, name ) );
-   definitions_.AddMember( rapidjson::StringRef( name ), document, definitions_.GetAllocator() );
+   redirect( document, under( root, file.name ) );
+   definitions_.AddMember( rapidjson::StringRef( file.name ), document, definitions_.GetAllocator() );
 }
 
 void Bundle::redirect( Value& schema, const std::string& place ) {

@@ -3,18 +3,23 @@
 
 #include <rapidjson/document.h>
 
+#include <span>
 #include <string>
 
 namespace Schema {
 
-/** The texts of the schema files. */
-extern const char* const argsText;
-extern const char* const topologyText;
-extern const char* const objectsText;
+/** A schema file: its name before ".schema.json", and its text. */
+struct File {
+   const char* name;
+   const char* text;
+};
+
+/** All files of the folder schemas/, as they stood when the program was built. */
+extern const std::span<const File> files;
 
 /**
- * All schemas as the definitions of a single one, with their references made to match: the validator tells a
- * place in a schema within one document only.
+ * All schemas as the definitions of a single one, with their references made to match: the validator follows
+ * a reference within one document only.
  */
 class Bundle {
 public:
@@ -27,7 +32,7 @@ public:
    const rapidjson::Value& at( std::string& place ) const;
 
 private:
-   void add( const char* name, const char* text );
+   void add( const File& file );
    void redirect( rapidjson::Value& schema, const std::string& place );
 
    rapidjson::Document definitions_;

@@ -1,5 +1,7 @@
 #include "Schema.h"
 
+#include "Nearest.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -37,33 +39,46 @@ std::string wordsForType( const std::string& type, const Value& schema ) {
    return words;
 }
 
-/** What a schema asks for: its own words where it has a pattern, which is no reading for people. */
+/** "a", "one of a, b". */
+std::string oneOf( const std::vector<std::string>& values ) {
+   return ( values.size() > 1 ? "one of " : "" ) + fmt::format( "{}", fmt::join( values, ", " ) );
+}
+
+std::vector<std::string> compactAll( const Value& values ) {
+   std::vector<std::string> texts;
+   for ( auto& value : values.GetArray() ) {
+      texts.push_back( compact( value ) );
+   }
+   return texts;
+}
+
+} // namespace
+
 std::string wanted( const Value& schema ) {
-   if ( schema.HasMember( "pattern" ) ) {
-      return textOf( schema["description"] );
+   // The title of a whole file is not what a value must be.
+   if ( auto title = textIn( schema, "title" ); title && !schema.HasMember( "$schema" ) ) {
+      return *title;
    }
    if ( auto values = member( schema, "enum" ) ) {
-      std::vector<std::string> texts;
-      for ( auto& value : values->GetArray() ) {
-         texts.push_back( compact( value ) );
-      }
-      return oneOf( texts );
+      return oneOf( compactAll( *values ) );
    }
-   auto& type = schema["type"];
-   if ( type.IsString() ) {
-      return wordsForType( textOf( type ), schema );
+   auto type = member( schema, "type" );
+   if ( !type || schema.HasMember( "pattern" ) || schema.HasMember( "minLength" ) ) {
+      return textOf( schema["description"] );
+   }
+   if ( type->IsString() ) {
+      return wordsForType( textOf( *type ), schema );
    }
    std::vector<std::string> types;
-   for ( auto& name : type.GetArray() ) {
+   for ( auto& name : type->GetArray() ) {
       types.push_back( wordsForType( textOf( name ), schema ) );
    }
    return fmt::format( "{}", fmt::join( types, " or " ) );
 }
 
-} // namespace
-
-std::string oneOf( const std::vector<std::string>& values ) {
-   return ( values.size() > 1 ? "one of " : "" ) + fmt::format( "{}", fmt::join( values, ", " ) );
+Words noneOf( const std::vector<std::string>& values, const Value& value ) {
+   return { mismatch( oneOf( values ), value ),
+      value.IsString() ? didYouMean( compact( value ), values ) : "" };
 }
 
 std::string mismatch( const std::string& wanted, const Value& value ) {
@@ -74,24 +89,11 @@ std::string missing( const std::vector<std::string>& keys ) {
    return fmt::format( "lacks the key{} \"{}\"", keys.size() > 1 ? "s" : "", fmt::join( keys, "\", \"" ) );
 }
 
-std::string breach( const Value& schema, const std::string& keyword, const Value& value ) {
-   if ( keyword == "required" ) {
-      std::vector<std::string> keys;
-      for ( auto& key : schema["required"].GetArray() ) {
-         if ( !value.HasMember( key ) ) {
-            keys.push_back( textOf( key ) );
-         }
-      }
-      return missing( keys );
+Words breach( const Value& schema, const std::string& keyword, const Value& value ) {
+   if ( keyword == "enum" && !schema.HasMember( "title" ) ) {
+      return noneOf( compactAll( schema["enum"] ), value );
    }
-   if ( keyword == "additionalProperties" ) {
-      std::vector<std::string> keys;
-      for ( auto& property : schema["properties"].GetObject() ) {
-         keys.push_back( compact( property.name ) );
-      }
-      return fmt::format( "unknown key; the keys here are {}", fmt::join( keys, ", " ) );
-   }
-   return mismatch( wanted( schema ), value );
+   return { mismatch( wanted( schema ), value ) };
 }
 
 } // namespace Schema

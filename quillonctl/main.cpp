@@ -1,4 +1,5 @@
 #include "Board.h"
+#include "CheckCommand.h"
 #include "CompleteCommand.h"
 #include "EmuCommand.h"
 #include "Errors.h"
@@ -36,6 +37,7 @@ Examples:
   quillonctl poe status                      the PoE ports that have something plugged in
   quillonctl poe 'port[1-8]' on              power for eight ports
   quillonctl serve                           metrics and a page, on port 9633
+  quillonctl check boards/selvane            looks for mistakes in the documents
   quillonctl emu set inlet.temperature 71.5  warms a sensor of the emulated board)";
 
 std::string besideProgram( const char* path ) {
@@ -124,6 +126,10 @@ public:
          }
       }
 
+      check_ = app_.add_subcommand( "check", "Looks for mistakes in the documents of the board" );
+      check_->add_option( "DIR", options_.board, "Folder of the board, instead of that of --board" )
+         ->type_name( "" );
+
       emu_ = app_.add_subcommand(
          "emu", "Gives a line to the emulated board, such as: set inlet.temperature 71.5" );
       // What follows belongs to the board, numbers with a minus sign too.
@@ -167,6 +173,9 @@ private:
          auto words = complete_->remaining();
          auto command = words.size() > 2 ? words[1] : "";
          return completeCommand( options_, commandWords(), flagsOf( command ), words );
+      }
+      if ( check_->parsed() ) {
+         return checkCommand( options_ );
       }
       prepare();
       if ( serveCommand_->parsed() ) {
@@ -268,6 +277,7 @@ private:
    CLI::App* watchCommand_ = nullptr;
    ServeOptions serve_;
    CLI::App* serveCommand_ = nullptr;
+   CLI::App* check_ = nullptr;
    CLI::App* emu_ = nullptr;
    CLI::App* complete_ = nullptr;
    std::map<const Kind*, CLI::App*> objectCommands_;

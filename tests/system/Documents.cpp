@@ -21,7 +21,7 @@ Documents topology( const std::string& text ) { return { text, noObjects }; }
 Documents medium( const std::string& text ) { return topology( fmt::format( "[\n{},\n{}\n]", cpld, text ) ); }
 
 Documents device( const std::string& text ) {
-   return medium( R"({ "type": "I2C", "id": 1, "ham": "H", "devices": [)" + ( "\n" + text ) + "\n] }" );
+   return medium( R"({ "type": "I2C", "id": 1, "ham": "SimHam", "devices": [)" + ( "\n" + text ) + "\n] }" );
 }
 
 Documents objects( const std::string& text ) { return { fmt::format( "[ {} ]", cpld ), text }; }

@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P( Topology, RightDocument,
          { "did": 7, "driver": "EMC2305", "address": { "address": 1 } },
          { "did": 8, "driver": "BCM59121", "address": { "address": 1 } })" ),
          {} },
-      { "CpldWithDriver", topology( R"([ { "type": "I2C", "id": 0, "ham": "H", "devices": [
+      { "CpldWithDriver", topology( R"([ { "type": "I2C", "id": 0, "ham": "SimHam", "devices": [
          { "did": 9, "label": "CpuCpld", "driver": "Dummy", "address": { "address": 1 } } ] } ])" ),
          {} },
       { "NestedToTheLimit",
@@ -167,22 +167,21 @@ TEST_F( SomeDocuments, ShowLongTextsCut ) {
 
 TEST_F( SomeDocuments, AreMissing ) {
    std::filesystem::create_directories( folder / "board" );
-   write( "board/topology.json", "[]" );
 
    auto result = run( { "--sim", "--board", ( folder / "board" ).string(), "status" } );
 
-   EXPECT_EQ( result.err,
-      fmt::format(
-         "quillonctl: cannot read {}/board/objects.json: No such file or directory; name a folder that holds "
-         "topology.json and objects.json with --board\n",
-         folder.string() ) );
+   auto why =
+      "No such file or directory; name a folder that holds topology.json and objects.json with --board";
+   EXPECT_EQ( result.err, fmt::format( "quillonctl: cannot read {0}/board/topology.json: {1}\n"
+                                       "quillonctl: cannot read {0}/board/objects.json: {1}\n",
+                             folder.string(), why ) );
    EXPECT_EQ( result.out, "" );
    EXPECT_EQ( result.exitStatus, 2 );
 }
 
 TEST_F( SomeDocuments, AreNoFiles ) {
    std::filesystem::create_directories( folder / "board" / "topology.json" );
-   write( "board/objects.json", "{}" );
+   write( "board/objects.json", R"({ "objects": [] })" );
 
    auto result = run( { "--sim", "--board", ( folder / "board" ).string(), "status" } );
 
