@@ -54,32 +54,32 @@ std::string asText( const std::string& board, const Findings& findings ) {
                     counted( findings, Severity::Warning ) );
 }
 
-void writeNumber( Writer& json, const char* key, std::optional<uint64_t> number ) {
+void writeNumber( Json::Writer& json, const char* key, std::optional<uint64_t> number ) {
    json.Key( key );
    number ? json.Uint64( *number ) : json.Null();
 }
 
-void writeFinding( Writer& json, const Finding& finding ) {
+void writeFinding( Json::Writer& json, const Finding& finding ) {
    auto& place = finding.place;
    json.StartObject();
-   writeString( json, "severity", wordFor( finding.severity ) );
-   writeString( json, "file", finding.file );
+   Json::writeMember( json, "severity", wordFor( finding.severity ) );
+   Json::writeMember( json, "file", finding.file );
    writeNumber( json, "line", place ? std::optional<uint64_t>( place->line ) : std::nullopt );
    writeNumber( json, "column", place ? std::optional<uint64_t>( place->column ) : std::nullopt );
-   writeString( json, "pointer", finding.pointer );
-   writeString( json, "reason", finding.reason );
+   Json::writeMember( json, "pointer", finding.pointer );
+   Json::writeMember( json, "reason", finding.reason );
    if ( finding.repair.empty() ) {
       json.Key( "repair" );
       json.Null();
    } else {
-      writeString( json, "repair", finding.repair );
+      Json::writeMember( json, "repair", finding.repair );
    }
    json.EndObject();
 }
 
 std::string asJson( const std::string& board, const Findings& findings ) {
-   return lineOf( [&]( Writer& json ) {
-      writeString( json, "board", board );
+   return Json::lineOf( [&]( Json::Writer& json ) {
+      Json::writeMember( json, "board", board );
       json.Key( "findings" );
       json.StartArray();
       for ( auto& finding : findings ) {

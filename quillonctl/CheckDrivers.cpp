@@ -213,7 +213,7 @@ private:
          if ( std::find( known.begin(), known.end(), key ) == known.end() ) {
             subject_.warningAtKey( under( pointer_, key ),
                fmt::format( "the driver {} does not read this for a {}", object_.driver, object_.kind ),
-               didYouMean( key, known ) );
+               didYouMeanKey( key, known ) );
          }
       }
    }
@@ -233,8 +233,9 @@ std::optional<int64_t> kept( const Value& value, int bits ) {
 
 void driverArguments( const Subject& subject, const Object& object ) {
    auto values = member( *object.args, "driverArgs" );
-   auto isRightDriver = subject.isSound( under( object.pointer, "args" ) + "/driver" );
-   if ( object.kind != "psu" && isRightDriver && values && values->IsObject() ) {
+   // A driver that is not for the kind breaks the schema.
+   auto hasDriver = !object.driver.empty() && subject.isSound( under( object.pointer, "args" ) + "/driver" );
+   if ( hasDriver && object.kind != "psu" && values && values->IsObject() ) {
       DriverCheck( subject, object, *values ).run();
    }
 }

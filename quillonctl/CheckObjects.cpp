@@ -136,7 +136,7 @@ private:
          subject_.warning( under( pointer, "driver" ),
             fmt::format( "the topology gives device {} the driver {}", device.did, *driver ) );
       }
-      auto there = driver ? addressIn( *device.json ) : std::nullopt;
+      auto there = device.json->HasMember( "driver" ) ? addressIn( *device.json ) : std::nullopt;
       auto here = addressIn( *object.args );
       if ( there && here && *there != *here ) {
          subject_.warning( under( under( pointer, "address" ), "address" ),

@@ -50,9 +50,9 @@ private:
    void media() {
       std::map<std::pair<std::string, int64_t>, std::string> busses;
       for ( auto& medium : inventory_.media ) {
-         if ( !medium.ham.empty() && medium.type != "LinuxFs" && !isHam( medium.ham ) ) {
+         if ( medium.ham && medium.type != "LinuxFs" && !isHam( *medium.ham ) ) {
             subject_.warning( under( medium.pointer, "ham" ),
-               fmt::format( "there is no ham \"{}\"", medium.ham ), otherHam( medium.ham ) );
+               fmt::format( "there is no ham \"{}\"", *medium.ham ), otherHam( *medium.ham ) );
          }
          if ( medium.busId ) {
             bus( medium, *medium.busId, busses );
@@ -232,11 +232,11 @@ void reach( const Subject& subject, const std::string& pointer, const Inventory:
    } else if ( device.medium.type == "LinuxFs" ) {
       subject.error( pointer,
          fmt::format( "device {} lies below a LinuxFs, which the library has no access to", device.did ) );
-   } else if ( !isHam( device.medium.ham ) ) {
+   } else if ( auto& ham = device.medium.ham; ham && !isHam( *ham ) ) {
       subject.error( pointer,
          fmt::format( "device {} lies below the medium {}, whose ham \"{}\" the library does not have",
-            device.did, device.medium.pointer, device.medium.ham ),
-         otherHam( device.medium.ham ) );
+            device.did, device.medium.pointer, *ham ),
+         otherHam( *ham ) );
    }
 }
 

@@ -16,7 +16,7 @@ public:
       auto type = textIn( json, "type" ).value_or( "" );
       auto isBus = type == "I2C" || type == "IOPort" || type == "PLM" || type == "SccSpi";
       auto id = isBus ? member( json, "id" ) : nullptr;
-      medium_ = { type, textIn( json, "ham" ).value_or( "" ), pointer,
+      medium_ = { type, textIn( json, "ham" ), pointer,
          id && id->IsInt() ? std::optional<int64_t>( id->GetInt() ) : std::nullopt };
       inventory_.media.push_back( medium_ );
       if ( type == "SCD" || type == "Celestica" ) {

@@ -15,7 +15,7 @@ constexpr const char* cpldLabel = "CpuCpld";
 struct Inventory {
    struct Medium {
       std::string type;
-      std::string ham;
+      std::optional<std::string> ham;
       std::string pointer;
       /** Of one that is a bus at once. */
       std::optional<int64_t> busId;

@@ -1,17 +1,12 @@
-#include "Calls.h"
+#include "Kind.h"
 
 #include <algorithm>
 #include <array>
 
 namespace {
 
-/** Of these kinds it only counts that an object could be made. */
-Reading readNothing( void*, const ObjectEntry& ) { return { {}, "ok", {} }; }
-
-constexpr Kind psuKind = { "psu", "Power supplies", {}, Calls::add<ql_psu>, readNothing };
-
-constexpr std::array allKinds = { &systemKind, &tempSensorKind, &fanKind, &psuKind, &slotKind, &xcvrKind,
-   &poePortKind, &ledKind, &gpioKind };
+constexpr std::array allKinds = { &systemKind, &tempSensorKind, &fanKind, &slotKind, &xcvrKind, &poePortKind,
+   &ledKind, &gpioKind };
 
 } // namespace
 

@@ -46,3 +46,8 @@ std::string didYouMean( const std::string& wrong, const std::vector<std::string>
    auto near = nearest( wrong, words );
    return near.empty() ? "" : fmt::format( "did you mean {}?", fmt::join( near, " or " ) );
 }
+
+std::string didYouMeanKey( const std::string& wrong, const std::vector<std::string>& keys ) {
+   auto near = nearest( wrong, keys );
+   return near.empty() ? "" : fmt::format( "did you mean \"{}\"?", fmt::join( near, "\" or \"" ) );
+}

@@ -10,4 +10,7 @@ std::vector<std::string> nearest( const std::string& wrong, const std::vector<st
 /** "did you mean a or b?", or nothing. */
 std::string didYouMean( const std::string& wrong, const std::vector<std::string>& words );
 
+/** The same for JSON keys, in quotation marks. */
+std::string didYouMeanKey( const std::string& wrong, const std::vector<std::string>& keys );
+
 #endif

@@ -183,10 +183,9 @@ private:
 
    Finding unknownKey(
       const std::string& pointer, const std::string& key, const std::vector<std::string>& known ) const {
-      auto meant = nearest( key, known );
+      auto meant = didYouMeanKey( key, known );
       return file_.errorAtKey( pointer, "unknown key",
-         meant.empty() ? fmt::format( "the keys here are \"{}\"", fmt::join( known, "\", \"" ) )
-                       : fmt::format( "did you mean \"{}\"?", fmt::join( meant, "\" or \"" ) ) );
+         meant.empty() ? fmt::format( "the keys here are \"{}\"", fmt::join( known, "\", \"" ) ) : meant );
    }
 
    /** The rules that are made of other schemas. */

@@ -51,7 +51,8 @@ const std::vector<Stricter> stricter = {
    { R"~(/args/(isMultiDevice|provideHam): must not be)~", "no driver works so" },
    { R"~(/driverArgs: lacks the keys? "(numPorts|numAtPorts)(", "numAtPorts)?"$)~",
       "a controller that is there already needs no numbers", true },
-
+   { R"~((numPorts|numAtPorts|firmwareDownloadSize|resetReg|outOfResetVal): must be a)~",
+      "a controller that is there already needs no numbers", true },
    { R"~(: must be a whole number of 32 bits, or a text of its digits, not (-?[0-9.]+(\.|e).*|"\s*[+-]?[0-9].*")$)~",
       "a conversion stops at what is no digit" },
    { R"~(ActiveHigh: must be true or false, not [^n])~", "every text but true is false" },

@@ -103,7 +103,6 @@ std::string scriptedObject( const std::string& kind, const std::string& name, co
       { "gpio", { "GpioDriver", R"("register": 5, "bitpos": 0, )" } },
       { "led", { "SelvaneSystemLed", R"("reg": 64, "id": 1, )" } },
       { "poe_port", { "BCM59121", R"("portId": 0, "numPorts": 1, "numAtPorts": 1, )" } },
-      { "psu", { "Dummy", "" } },
       { "slot",
          { "EMC2305",
             R"("fanId": 1, "maxRpm": 1, "modelName": "", "serialNum": "", "airflowDirection": "", )" } },
