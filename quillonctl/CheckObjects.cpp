@@ -77,7 +77,7 @@ private:
          place( object, pointer );
       }
       arguments( subject_, pointer, args );
-      if ( subject_.isSound( under( object.pointer, "kind" ) ) ) {
+      if ( !object.kind.empty() && subject_.isSound( under( object.pointer, "kind" ) ) ) {
          driverArguments( subject_, object );
       }
       if ( isMultiDevice( args ) ) {
@@ -147,7 +147,7 @@ private:
    /** A device is made once, for the first of its objects. */
    void sameDevice( const Object& object, const std::string& pointer ) {
       auto& first = objects_[first_.emplace( object.did, objects_.size() - 1 ).first->second];
-      if ( first.driver != object.driver ) {
+      if ( !first.driver.empty() && !object.driver.empty() && first.driver != object.driver ) {
          subject_.error( under( pointer, "driver" ),
             fmt::format( "an object before has the driver {} for the device {}", first.driver, object.did ) );
       }

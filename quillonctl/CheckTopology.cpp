@@ -121,7 +121,26 @@ private:
          }
          if ( device.json->HasMember( "driver" ) ) {
             arguments( subject_, device.pointer, *device.json );
+            sameChip( device );
          }
+      }
+   }
+
+   /** A chip that several drivers share is no mistake, two devices of one driver are. */
+   void sameChip( const Inventory::Device& device ) {
+      auto driver = textIn( *device.json, "driver" );
+      auto json = member( *device.json, "address" );
+      auto address = json && json->IsObject() ? unsignedIn( *json, "address" ) : std::nullopt;
+      if ( !driver || !address ) {
+         return;
+      }
+      auto bus = device.pointer.substr( 0, device.pointer.rfind( '/' ) );
+      auto kept = *address & fieldMask;
+      auto first = chips_.emplace( std::tuple( bus, *driver, kept ), device.did ).first->second;
+      if ( first != device.did ) {
+         subject_.warning( under( under( device.pointer, "address" ), "address" ),
+            fmt::format(
+               "device {} on this bus has the address {} and the driver {} too", first, kept, *driver ) );
       }
    }
 
@@ -216,6 +235,8 @@ private:
 
    const Subject& subject_;
    const Inventory& inventory_;
+   /** The first device of each bus, driver and address. */
+   std::map<std::tuple<std::string, std::string, uint32_t>, uint32_t> chips_;
 };
 
 } // namespace

@@ -216,24 +216,29 @@ Place JsonFile::placeOf( size_t offset ) const {
    return place;
 }
 
+JsonFile::Position JsonFile::positionOf( const std::string& pointer ) const {
+   auto found = positions_.find( pointer );
+   return found != positions_.end() ? found->second : positionOf( pointer.substr( 0, pointer.rfind( '/' ) ) );
+}
+
 Finding JsonFile::error(
    const std::string& pointer, const std::string& reason, const std::string& repair ) const {
-   return { Severity::Error, name_, placeOf( positions_.at( pointer ).value ), pointer, reason, repair };
+   return { Severity::Error, name_, placeOf( positionOf( pointer ).value ), pointer, reason, repair };
 }
 
 Finding JsonFile::errorAtKey(
    const std::string& pointer, const std::string& reason, const std::string& repair ) const {
-   return { Severity::Error, name_, placeOf( positions_.at( pointer ).key ), pointer, reason, repair };
+   return { Severity::Error, name_, placeOf( positionOf( pointer ).key ), pointer, reason, repair };
 }
 
 Finding JsonFile::warning(
    const std::string& pointer, const std::string& reason, const std::string& repair ) const {
-   return { Severity::Warning, name_, placeOf( positions_.at( pointer ).value ), pointer, reason, repair };
+   return { Severity::Warning, name_, placeOf( positionOf( pointer ).value ), pointer, reason, repair };
 }
 
 Finding JsonFile::warningAtKey(
    const std::string& pointer, const std::string& reason, const std::string& repair ) const {
-   return { Severity::Warning, name_, placeOf( positions_.at( pointer ).key ), pointer, reason, repair };
+   return { Severity::Warning, name_, placeOf( positionOf( pointer ).key ), pointer, reason, repair };
 }
 
 const rapidjson::Value* member( const rapidjson::Value& object, const char* key ) {

@@ -58,6 +58,8 @@ private:
 
    bool parse( Findings& findings );
    Place placeOf( size_t offset ) const;
+   /** Of a value that is not there, the position of the one that it would be in. */
+   Position positionOf( const std::string& pointer ) const;
 
    std::string name_;
    std::string text_;

@@ -169,6 +169,9 @@ private:
       auto properties = member( schema, "properties" );
       auto further = member( schema, "additionalProperties" );
       for ( auto& [name, value] : object.GetObject() ) {
+         if ( &object.FindMember( name )->value != &value ) {
+            continue; // of a key that comes twice the first counts
+         }
          auto key = textOf( name );
          auto inner = under( pointer, key );
          if ( properties && properties->HasMember( name ) ) {

@@ -39,7 +39,6 @@ const std::vector<Stricter> stricter = {
    { R"~(^objects.json:\S+ /objects/[0-9]+: (must be an object|lacks the keys? "(kind|name|alert|critical|args)"))~",
       "an object that is not asked for" },
    { R"~(^objects.json:\S+ /objects/[0-9]+/[a-zA-Z$]+: unknown key)~", "a key that nobody reads" },
-   { R"~(^objects.json:\S+ /objects/[0-9]+/kind: must be one of)~", "a kind that nobody asks for" },
    { R"~(^objects.json:\S+ /objects/[0-9]+/(name|alert|critical): )~", "what a host makes of an object" },
    { R"~(^objects.json:\S+ /objects/[0-9]+/args: must be an object)~", "a system object reads no arguments" },
    { R"~(/args/name: must be a name)~", "the name becomes the name of a file" },
@@ -55,6 +54,8 @@ const std::vector<Stricter> stricter = {
       "a controller that is there already needs no numbers", true },
    { R"~(: must be a whole number of 32 bits, or a text of its digits, not (-?[0-9.]+(\.|e).*|"\s*[+-]?[0-9].*")$)~",
       "a conversion stops at what is no digit" },
+   { R"~(/prop: must be a number .*, not "\s*[-+]?([0-9.]|inf|nan).*"$)~",
+      "a conversion stops at what is no number" },
    { R"~(ActiveHigh: must be true or false, not [^n])~", "every text but true is false" },
    { R"~(mpssValueZero: must be true or false)~", "every text but true is false" },
    { R"~((modelName|serialNum|airflowDirection|ledName|portType|firmwarePath): must be a string( or null)?, not (?!null))~",
@@ -134,6 +135,17 @@ bool isOnDeviceOfBefore( const Finding& finding, const rapidjson::Document& obje
    } );
 }
 
+/** Whether a finding is in an object of which no host could ask for anything. */
+bool isNotAskedFor( const Finding& finding, const rapidjson::Document& objects ) {
+   std::smatch index;
+   if ( !std::regex_search( finding.pointer, index, std::regex( "^/objects/([0-9]+)" ) ) ) {
+      return false;
+   }
+   auto kind = rapidjson::Pointer( ( index.str() + "/kind" ).c_str() ).Get( objects );
+   static const std::regex kinds( "temp_sensor|fan|psu|led|slot|xcvr|gpio|poe_port" );
+   return !kind || !kind->IsString() || !std::regex_match( kind->GetString(), kinds );
+}
+
 const Stricter* stricterFor( const Finding& finding, const rapidjson::Document& objects ) {
    static const std::vector<std::regex> patterns = [] {
       std::vector<std::regex> made;
@@ -142,6 +154,10 @@ const Stricter* stricterFor( const Finding& finding, const rapidjson::Document& 
       }
       return made;
    }();
+   if ( isNotAskedFor( finding, objects ) ) {
+      static const Stricter notAskedFor { "", "an object that is not asked for" };
+      return &notAskedFor;
+   }
    auto text = finding.text();
    for ( size_t i = 0; i < patterns.size(); ++i ) {
       auto& row = stricter[i];

@@ -272,6 +272,12 @@ INSTANTIATE_TEST_SUITE_P( Topology, Warnings,
          { "topology.json:5:48: warning: /1/muxes/0/busses/1/id: takes the place of the bus 300 before" } },
       { "LabelAgain", device( R"({ "did": 1, "label": "a" }, { "did": 2, "label": "a" })" ),
          { R"(topology.json:4:50: warning: /1/devices/1/label: the label "a" stands before; the last one counts)" } },
+      { "SameChipAgain", device( R"({ "did": 1, "driver": "PCT2075", "address": { "address": 72 } },
+{ "did": 2, "driver": "Dummy", "address": { "address": 72 } },
+{ "did": 3, "driver": "PCT2075", "address": { "address": 72 } })" ),
+         { "topology.json:6:58: warning: /1/devices/2/address/address: device 1 on this bus has the address "
+           "72 and "
+           "the driver PCT2075 too" } },
       { "AddressFieldsAreCut", device( R"({ "did": 1, "driver": "Dummy", "address": { "address": 1,
 "writeDelay": 5, "readDelay": 4, "busTimeout": 8, "extraDelay": 2, "addrSize": 6, "accel": 128 } })" ),
          { "topology.json:5:15: warning: /1/devices/0/address/writeDelay: 5 is cut to 2 bits and becomes 1",

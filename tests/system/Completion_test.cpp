@@ -65,7 +65,7 @@ struct Line {
 };
 
 const Line lines[] = {
-   { "", "status watch serve system fan slot xcvr poe led gpio emu" },
+   { "", "status watch serve system fan slot xcvr poe led gpio check emu" },
    { "s", "status serve system slot" },
    { "stat", "status" },
    { "status ", "inlet fan1 rack:fan2 poe.reset status sfp1 port1" },

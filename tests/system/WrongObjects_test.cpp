@@ -13,6 +13,10 @@ INSTANTIATE_TEST_SUITE_P( Objects, WrongDocument,
       { "NoObject", object( "1" ), { "objects.json:2:1: /objects/0: must be an object, not 1" } },
       { "WithoutKind", object( R"({ "name": "a" })" ),
          { R"(objects.json:2:1: /objects/0: lacks the key "kind")" } },
+      { "ArgumentsWithoutKind",
+         object(
+            R"({ "name": "a", "args": { "did": 9, "driver": "SelvanePortLed", "address": { "address": 1 }, "driverArgs": {} } })" ),
+         { R"(objects.json:2:1: /objects/0: lacks the key "kind")" } },
       { "UnknownKind", object( R"({ "kind": "sensor", "name": "a" })" ),
          { R"(objects.json:2:11: /objects/0/kind: must be one of "temp_sensor", "fan", "psu", "led", "slot", "xcvr", "gpio", "poe_port", "system", not "sensor")" } },
       { "WithoutNameAndArgs", object( R"({ "kind": "gpio" })" ),
@@ -63,83 +67,87 @@ INSTANTIATE_TEST_SUITE_P( Objects, WrongDocument,
 
 // The argument document of an object.
 INSTANTIATE_TEST_SUITE_P( ObjectArguments, WrongDocument,
-   ::
-      testing::
-         ValuesIn( std::
-               vector<Row> {
-                  { "NoObject", object( R"({ "kind": "gpio", "name": "a", "args": "Dummy" })" ),
-                     { R"(objects.json:2:40: /objects/0/args: must be an object, not "Dummy")" } },
-                  { "WithoutDid",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:40: /objects/0/args: lacks the key "did")" } },
-                  { "WithoutDriver",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:40: /objects/0/args: lacks the key "driver")" } },
-                  { "WithoutAddress",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:40: /objects/0/args: lacks the key "address")" } },
-                  { "DidFraction",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9.5, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:49: /objects/0/args/did: must be an integer from 0 to 4294967295, not "
-                       "9.5" } },
-                  { "UnknownDid",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9" } },
-                  { "UnknownUid",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "uid": 5, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:59: /objects/0/args/uid: the topology has no component 5" } },
-                  { "NoUidButUnknownDid",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "uid": 4294967295, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9" } },
-                  { "UnknownDriver",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", null, not "dummy"; did you mean "Dummy"?)" } },
-                  { "NullDriver",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": null, "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", not null)" } },
-                  { "AddrSize4",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1, "addrSize": 4 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:110: /objects/0/args/address/addrSize: must be 1 or 2, not 4" } },
-                  { "ProvideHam0",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "provideHam": 0, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:114: /objects/0/args/provideHam: must not be 0: no driver does "
-                       "without access to its device" } },
-                  { "MultiDevice",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "isMultiDevice": true, "multiDeviceArgs": {}, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:88: /objects/0/args/isMultiDevice: must not be true: the library has "
-                       "no driver for a multi-device" } },
-                  { "NameNumber",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": 1, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . "
-                       ": -, of at most 100 characters, beginning with a letter or digit, not 1" } },
-                  { "NameWithSlash", object( R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": "../a", "driverArgs": { "register": 1, "bitpos": 1 } } })" ), { R"(objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "../a")" } },
-                  { "NameTooLong",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": ")" +
-                        std::string( 101, 'x' ) + R"(", "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { R"(objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...)" } },
-                  { "SeveralMistakes",
-                     object(
-                        R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "driver": null, "address": { "address": 1, "addrSize": 3 }, "provideHam": 0, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
-                     { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9",
-                        R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", not null)",
-                        "objects.json:2:107: /objects/0/args/address/addrSize: must be 1 or 2, not 3",
-                        "objects.json:2:126: /objects/0/args/provideHam: must not be 0: no driver does "
-                        "without access to its device" } },
-               } ),
+   ::testing::
+      ValuesIn( std::
+            vector<Row> {
+               { "NoObject", object( R"({ "kind": "gpio", "name": "a", "args": "Dummy" })" ),
+                  { R"(objects.json:2:40: /objects/0/args: must be an object, not "Dummy")" } },
+               { "WithoutDid",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:40: /objects/0/args: lacks the key "did")" } },
+               { "WithoutDriver",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:40: /objects/0/args: lacks the key "driver")" } },
+               { "WithoutDriverBehindAnother",
+                  object(
+                     R"({ "kind": "fan", "name": "a", "args": { "did": 9, "driver": "EMC2305", "address": { "address": 1 }, "driverArgs": { "fanId": 1, "maxRpm": 1, "registerOffset": 0 } } },
+{ "kind": "fan", "name": "b", "args": { "did": 9, "address": { "address": 1 }, "driverArgs": { "fanId": 2, "maxRpm": 1, "registerOffset": 1 } } })" ),
+                  { R"(objects.json:3:39: /objects/1/args: lacks the key "driver")" } },
+               { "WithoutAddress",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:40: /objects/0/args: lacks the key "address")" } },
+               { "DidFraction",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9.5, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:49: /objects/0/args/did: must be an integer from 0 to 4294967295, not "
+                    "9.5" } },
+               { "UnknownDid",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9" } },
+               { "UnknownUid",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "uid": 5, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:59: /objects/0/args/uid: the topology has no component 5" } },
+               { "NoUidButUnknownDid",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "uid": 4294967295, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9" } },
+               { "UnknownDriver",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", null, not "dummy"; did you mean "Dummy"?)" } },
+               { "NullDriver",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": null, "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", not null)" } },
+               { "AddrSize4",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1, "addrSize": 4 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:110: /objects/0/args/address/addrSize: must be 1 or 2, not 4" } },
+               { "ProvideHam0",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "provideHam": 0, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:114: /objects/0/args/provideHam: must not be 0: no driver does "
+                    "without access to its device" } },
+               { "MultiDevice",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "isMultiDevice": true, "multiDeviceArgs": {}, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:88: /objects/0/args/isMultiDevice: must not be true: the library has "
+                    "no driver for a multi-device" } },
+               { "NameNumber",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": 1, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . "
+                    ": -, of at most 100 characters, beginning with a letter or digit, not 1" } },
+               { "NameWithSlash", object( R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": "../a", "driverArgs": { "register": 1, "bitpos": 1 } } })" ), { R"(objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "../a")" } },
+               { "NameTooLong",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "name": ")" +
+                     std::string( 101, 'x' ) + R"(", "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { R"(objects.json:2:108: /objects/0/args/name: must be a name of letters, digits and _ . : -, of at most 100 characters, beginning with a letter or digit, not "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...)" } },
+               { "SeveralMistakes",
+                  object(
+                     R"({ "kind": "gpio", "name": "a", "args": { "did": 8, "driver": null, "address": { "address": 1, "addrSize": 3 }, "provideHam": 0, "driverArgs": { "register": 1, "bitpos": 1 } } })" ),
+                  { "objects.json:2:49: /objects/0/args/did: the topology has no device 8; there is 9",
+                     R"(objects.json:2:62: /objects/0/args/driver: must be one of "Dummy", "GpioDriver", "PCT2075", "SelvaneXcvr", "SelvanePortLed", "SelvaneSystemLed", "EMC2305", "BCM59121", not null)",
+                     "objects.json:2:107: /objects/0/args/address/addrSize: must be 1 or 2, not 3",
+                     "objects.json:2:126: /objects/0/args/provideHam: must not be 0: no driver does "
+                     "without access to its device" } },
+            } ),
    nameOf );
 
 // What the kinds need beyond it.
