@@ -159,9 +159,9 @@ TEST_F( Host, WritesEveryObjectAsFailedWithoutAServer ) {
    EXPECT_STREQ( poe["state"].GetString(), "failed" );
    EXPECT_STREQ( poe["error"]["status"].GetString(), "QL_STATUS_IO_ERROR" );
    EXPECT_EQ( poe["error"]["code"].GetInt(), 4 );
-   EXPECT_STREQ(
-      poe["error"]["message"].GetString(), "no SMBus server at /nowhere: No such file or directory; start "
-                                           "quillon-smbusd, name its socket with --socket, or use --sim" );
+   EXPECT_STREQ( poe["error"]["message"].GetString(),
+      "no SMBus server at /nowhere: No such file or directory; start "
+      "quillon-smbusd, name its socket with --socket, or use --sim" );
    EXPECT_EQ( result.exitStatus, 1 );
 }
 
