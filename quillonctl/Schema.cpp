@@ -116,6 +116,11 @@ std::vector<std::string> keysOf( const Value& schema ) {
    return keys;
 }
 
+bool isDoubled( const Value& object, const Value& name ) {
+   return std::count_if( object.MemberBegin(), object.MemberEnd(),
+             [&]( auto& entry ) { return entry.name == name; } ) > 1;
+}
+
 class Search {
 public:
    Search( const JsonFile& file, Findings& findings ) : file_( file ), findings_( findings ) {}
@@ -169,8 +174,8 @@ private:
       auto properties = member( schema, "properties" );
       auto further = member( schema, "additionalProperties" );
       for ( auto& [name, value] : object.GetObject() ) {
-         if ( &object.FindMember( name )->value != &value ) {
-            continue; // of a key that comes twice the first counts
+         if ( isDoubled( object, name ) ) {
+            continue; // which is a mistake by itself, and leaves open what value was meant
          }
          auto key = textOf( name );
          auto inner = under( pointer, key );

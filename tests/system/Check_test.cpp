@@ -125,7 +125,7 @@ TEST_F( Check, WritesAFileThatIsNotThereWithoutAPlace ) {
    auto json = run( { "--json", "check", board() } );
 
    EXPECT_THAT( text.out, HasSubstr( fmt::format(
-                             "error: cannot read {}/objects.json: No such file or directory\n", board() ) ) );
+                             "error: cannot read {}/objects.json: No such file or directory; ", board() ) ) );
    EXPECT_EQ( text.exitStatus, 2 );
    EXPECT_THAT( json.out, HasSubstr( fmt::format( R"("file":"{0}/objects.json","line":null,"column":null,)"
                                                   R"("pointer":"","reason":"cannot read {0}/objects.json: )",

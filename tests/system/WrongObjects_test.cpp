@@ -180,6 +180,11 @@ INSTANTIATE_TEST_SUITE_P( Kinds, WrongDocument,
          object(
             R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1 } } })" ),
          { R"(objects.json:2:114: /objects/0/args/driverArgs: lacks the key "bitpos")" } },
+      { "GpioBitTwiceWithAnotherType",
+         object(
+            R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": "x",
+"bitpos": 1 } } })" ),
+         { "objects.json:3:1: /objects/0/args/driverArgs/bitpos: this key was there before, in line 2" } },
       { "GpioRegisterHexadecimal",
          object(
             R"({ "kind": "gpio", "name": "a", "args": { "did": 9, "driver": "Dummy", "address": { "address": 1 }, "driverArgs": { "register": "0x10", "bitpos": 1 } } })" ),
