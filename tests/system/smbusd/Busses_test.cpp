@@ -83,7 +83,8 @@ TEST( SmbusServer, ReachesTheKernelsAdapters ) {
    ASSERT_TRUE( manager.next().starts_with( "READY=1" ) );
    Client client( socket );
    EXPECT_EQ( client.ask( reading( 3, 0x48, 0, 2 ) ).reason(),
-      "request 1: i2c-250 0x48 reg 0x00: no such bus (/dev/i2c-250: No such file or directory)" );
+      "request 1: i2c-250 0x48 reg 0x00: no such bus (/dev/i2c-250: No such file or directory; load i2c-dev, "
+      "or correct the map of adapters)" );
    EXPECT_EQ( client.ask( reading( 4, 0x48, 0, 2 ) ).reason(),
       "request 1: bus 4 (I2C, pci 0x0, accelerator 0) 0x48 reg 0x00: no such bus" );
    process.send( SIGTERM );
