@@ -1,5 +1,7 @@
 #include "Reader.h"
 
+#include "Surroundings.h"
+
 #include <algorithm>
 
 using namespace std::chrono_literals;
@@ -55,9 +57,20 @@ void Reader::read( Turn& turn ) {
       turn.due = begin + whileInUse;
       return;
    }
+   if ( reading->failure ) {
+      lookForServer();
+   }
    auto took = Clock::now() - begin;
    sender_.send( Answered { object, std::chrono::duration<double>( took ).count(), *reading } );
    turn = { begin + interval_, took };
+}
+
+void Reader::lookForServer() {
+   auto now = Clock::now();
+   if ( now >= nextLook_ && !Surroundings::isSimulation() ) {
+      nextLook_ = now + interval_;
+      Surroundings::requireServer();
+   }
 }
 
 Reader::Clock::time_point Reader::nextDue() const {

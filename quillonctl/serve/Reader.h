@@ -20,7 +20,7 @@ public:
 
    Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender );
 
-   /** Goes on until a time has come. */
+   /** Goes on until a time has come. @throw HostError when the SMBus server has gone */
    void runUntil( Clock::time_point end );
 
 private:
@@ -33,6 +33,8 @@ private:
    /** The one to be read next of those that are due, or none. */
    Turn* next();
    void read( Turn& turn );
+   /** Where readings fail, looks once in an interval whether the reason is that. @throw HostError */
+   void lookForServer();
    /** When another is due. */
    Clock::time_point nextDue() const;
 
@@ -40,6 +42,8 @@ private:
    Clock::duration interval_;
    const Sender& sender_;
    std::vector<Turn> turns_;
+   /** When the server may be looked for again. */
+   Clock::time_point nextLook_;
 };
 
 } // namespace Serve

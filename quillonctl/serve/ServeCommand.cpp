@@ -163,15 +163,16 @@ private:
       }
    }
 
-   /** Says why the library can't be used, once. */
+   /** Says why the library can't be used, once, and when it can be used then. */
    void tell( const Message& message ) {
       if ( auto unusable = std::get_if<Unusable>( &message ) ) {
          if ( unusable->failure.message != told_ ) {
             told_ = unusable->failure.message;
             complain( told_ );
          }
-      } else {
+      } else if ( std::holds_alternative<Started>( message ) && !told_.empty() ) {
          told_.clear();
+         complain( "the library is loaded, and objects are read now" );
       }
    }
 

@@ -371,6 +371,43 @@ TEST_F( Serve, WaitsForTheServerOfTheBusses ) {
    EXPECT_EQ( result.err.find( "no SMBus server at ", first + 1 ), std::string::npos ) << result.err;
 }
 
+TEST_F( Serve, SaysOnceThatTheServerHasGoneAndOnceThatItIsBack ) {
+   serve();
+   metricsOnceThereIs( lastObject );
+
+   server->send( SIGKILL );
+   server->wait();
+   auto led = R"(selvane_object_up{kind="led",object="led.port1"})";
+   metricsOnce( [=]( auto& all ) { return all.at( inletUp ) == "0" && all.at( led ) == "0"; } );
+   rapidjson::Document document;
+   document.Parse( status().c_str() );
+   auto reason = fmt::format( "no SMBus server at {}: Connection refused; start quillon-smbusd, name "
+                              "its socket with --socket, or use --sim",
+      ( folder / "smbus.sock" ).string() );
+   for ( auto& object : document["status"]["objects"].GetArray() ) {
+      EXPECT_EQ( object["error"]["message"].GetString(), reason ) << object["name"].GetString();
+   }
+   std::this_thread::sleep_for( 500ms ); // in which it is looked for five times
+   startServer();
+   EXPECT_EQ( metricsOnceThereIs( inlet )[inlet], "24.5" );
+   process->send( SIGTERM );
+
+   EXPECT_EQ( process->wait().err,
+      fmt::format(
+         "quillonctl: {}\nquillonctl: the library is loaded, and objects are read now\n", reason ) );
+}
+
+TEST_F( Serve, LooksForNoServerInTheSimulation ) {
+   environment["QUILLON_BOARD"] = boardWith( sensor( "bad", 1, R"(, "driverArgs": { "script": "fails" })" ) );
+   server.reset();
+   serve( { "--sim", "--plugin", SCRIPTED_PLUGIN, "--interval", "0.1" } );
+
+   auto failures = R"(selvane_read_failures_total{kind="temp_sensor",object="bad"})";
+   auto series = metricsOnce( [=]( auto& all ) { return numberOf( all, failures ) >= 3; } );
+
+   EXPECT_EQ( series[starts], "1" );
+}
+
 TEST_F( Serve, DoesNotComeBetweenAPoeCommandAndItsReply ) {
    serve();
    metricsOnceThereIs( lastObject );
