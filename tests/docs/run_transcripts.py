@@ -3,8 +3,8 @@
     run_transcripts.py GUIDE SOURCE_TREE BIN...
 
 All sessions of a guide run in one shell, at the top of the source tree, with the BIN folders in PATH. What the
-guide calls /tmp/quillon is an empty folder of the test. A line "..." stands for any lines, and "…" within a
-line for any text.
+guide calls /tmp/quillon, and makes itself, lies in a folder of the test. A line "..." stands for any lines, and
+"…" within a line for any text.
 """
 
 import os
@@ -78,7 +78,8 @@ def steps(text: str):
 
 
 guide, tree, *path = sys.argv[1:]
-work = tempfile.mkdtemp(prefix="docs-")
+folder = tempfile.mkdtemp(prefix="docs-")
+work = f"{folder}/quillon"
 shell = Shell(tree, path)
 checked = 0
 wrong = 0
@@ -91,6 +92,6 @@ for block in blocks(Path(guide), "transcript"):
             wrong += 1
             print(f"{guide}:{block.line}: $ {command}\n-- wanted\n{expected}-- printed\n{printed}")
 shell.close()
-shutil.rmtree(work)
+shutil.rmtree(folder)
 print(f"{checked} commands, {wrong} wrong")
 sys.exit(1 if wrong or checked == 0 else 0)
