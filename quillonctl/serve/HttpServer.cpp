@@ -11,8 +11,9 @@ namespace Serve {
 
 namespace {
 
-/** Seconds of silence after which a client has no more to say. */
+/** Seconds of silence after which a client has no more to say; one without any request has less to lose. */
 constexpr unsigned patience = 10;
+constexpr unsigned patienceAtFirst = 2;
 constexpr unsigned mostConnections = 600;
 /** One host alone does not keep the others out. */
 constexpr unsigned mostConnectionsOfOne = 300;
@@ -56,6 +57,9 @@ MHD_Result handle( void* server, MHD_Connection* connection, const char* path, c
    const char*, const char*, size_t* bodySize, void** progress ) {
    static int begun;
    auto isFirst = !std::exchange( *progress, &begun );
+   if ( isFirst ) {
+      MHD_set_connection_option( connection, MHD_CONNECTION_OPTION_TIMEOUT, patience );
+   }
    // Whoever is answered before the end is not heard any more: that is right for one that wants to write.
    if ( isRead( method ) && ( isFirst || *bodySize > 0 ) ) {
       *bodySize = 0;
@@ -78,7 +82,7 @@ MHD_Result handle( void* server, MHD_Connection* connection, const char* path, c
 HttpServer::HttpServer( Listener& listener, Pages pages ) : pages_( std::move( pages ) ) {
    daemon_.reset(
       MHD_start_daemon( MHD_USE_EPOLL, 0, nullptr, nullptr, handle, this, MHD_OPTION_LISTEN_SOCKET,
-         listener.release(), MHD_OPTION_CONNECTION_TIMEOUT, patience, MHD_OPTION_CONNECTION_LIMIT,
+         listener.release(), MHD_OPTION_CONNECTION_TIMEOUT, patienceAtFirst, MHD_OPTION_CONNECTION_LIMIT,
          mostConnections, MHD_OPTION_PER_IP_CONNECTION_LIMIT, mostConnectionsOfOne, MHD_OPTION_END ) );
    if ( !daemon_ ) {
       throw std::runtime_error( "cannot start the HTTP server" );

@@ -254,7 +254,38 @@ TEST_F( Serve, KeepsNobodyWaitingForSlowClients ) {
    auto answer = ask( port, "GET", "/metrics" );
 
    EXPECT_EQ( answer.status, 200 );
-   EXPECT_LT( Clock::now() - begin, 5s ); // their time is up after 10
+   EXPECT_LT( Clock::now() - begin, 1s ); // the time of the first is up after 2
+}
+
+TEST_F( Serve, ShowsSilentClientsTheDoorSoon ) {
+   serve();
+   // As many as one address may have.
+   std::vector<std::unique_ptr<HttpConnection>> silent;
+   for ( auto i = 0; i < 300; ++i ) {
+      silent.push_back( std::make_unique<HttpConnection>( port ) );
+   }
+
+   auto begin = Clock::now();
+   for ( auto& client : silent ) {
+      EXPECT_EQ( client->receive(), "" );
+   }
+
+   EXPECT_LT( Clock::now() - begin, 5s );
+   EXPECT_EQ( ask( port, "GET", "/metrics" ).status, 200 );
+}
+
+TEST_F( Serve, KeepsAConnectionForTheNextRequest ) {
+   serve();
+   HttpConnection connection( port );
+   const std::string next = "GET /elsewhere HTTP/1.1\r\nHost: x\r\n\r\n";
+   const std::string last = "GET /elsewhere HTTP/1.1\r\nHost: x\r\nConnection: close\r\n\r\n";
+
+   connection.send( next );
+   std::this_thread::sleep_for( 3s ); // longer than a client without a request may be silent
+   connection.send( last );
+
+   auto text = connection.receive();
+   EXPECT_NE( text.find( "HTTP/1.1 404" ), text.rfind( "HTTP/1.1 404" ) ) << text;
 }
 
 TEST_F( Serve, CountsAFailedReadAndTellsNoOldValue ) {
