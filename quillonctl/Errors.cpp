@@ -11,6 +11,11 @@ std::string forTerminal( std::string text ) {
    return text;
 }
 
+void writeToErrors( const std::string& text ) {
+   // Whoever throws of this has nowhere to say it, and loses what stdout was to get.
+   fwrite( text.data(), 1, text.size(), stderr );
+}
+
 void complain( const std::string& sentence ) {
-   fmt::print( stderr, "quillonctl: {}\n", forTerminal( sentence ) );
+   writeToErrors( fmt::format( "quillonctl: {}\n", forTerminal( sentence ) ) );
 }

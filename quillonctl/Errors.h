@@ -14,6 +14,9 @@ enum ExitStatus { exitGood = 0, exitFailure = 1, exitUsage = 2, exitAlert = 3 };
  */
 std::string forTerminal( std::string text );
 
+/** Writes a text to stderr as it is, or not at all where stderr takes nothing. */
+void writeToErrors( const std::string& text );
+
 /** Writes a sentence to stderr, behind the name of the program. */
 void complain( const std::string& sentence );
 

@@ -1,5 +1,6 @@
 #include "HostServices.h"
 
+#include "Errors.h"
 #include "EventLoop.h"
 
 #include "quillon/ql.h"
@@ -73,7 +74,7 @@ void record( const std::string& line ) {
 void take( int level, const std::string& line ) {
    hear( line );
    if ( level <= shownLevel ) {
-      fmt::print( stderr, "trace {}: {}\n", level, line );
+      writeToErrors( fmt::format( "trace {}: {}\n", level, line ) );
    }
    if ( line == pollBegin ) {
       record( "" );

@@ -1,8 +1,6 @@
 #include "ProgressLine.h"
 
-#include <fmt/format.h>
-
-#include <cstdio>
+#include "Errors.h"
 
 #include <sched.h>
 
@@ -18,7 +16,7 @@ constexpr const char* blank = "\r\033[K";
 void ProgressLine::show( const std::string& text ) {
    auto expected = Idle;
    if ( state_.compare_exchange_strong( expected, Writing ) ) {
-      fmt::print( stderr, "{}{}", blank, text );
+      writeToErrors( blank + text );
       isVisible_ = true;
       state_ = Idle;
    }
@@ -40,6 +38,6 @@ void ProgressLine::takeAway() {
 
 void ProgressLine::erase() {
    if ( isVisible_.exchange( false ) ) {
-      fmt::print( stderr, blank );
+      writeToErrors( blank );
    }
 }

@@ -1,0 +1,56 @@
+// Who starts the program may have closed a standard stream, or have nothing that takes what is written.
+
+#include "SystemTest.h"
+
+#include <fmt/format.h>
+#include <rapidjson/document.h>
+
+using ::testing::StartsWith;
+
+namespace {
+
+class Streams : public SystemTest {
+protected:
+   /** quillonctl with streams redirected as a shell writes it. */
+   Result runWith( const std::string& redirection, const Process::Arguments& arguments ) const {
+      Process::Arguments command = { "/bin/sh", "-c", "exec \"$0\" \"$@\" " + redirection, QUILLONCTL };
+      command.insert( command.end(), arguments.begin(), arguments.end() );
+      return Process( command, environment ).wait();
+   }
+};
+
+struct Row {
+   const char* name;
+   Process::Arguments arguments;
+   int exitStatus;
+};
+
+} // namespace
+
+TEST_F( Streams, ThatTakeNoErrorsLeaveOutputAndExitStatusAsTheyAre ) {
+   const Row rows[] = {
+      { "a wrong usage", { "status", "nosuch" }, 2 },
+      { "an unreachable server", { "--socket", ( folder / "smbus.sock" ).string(), "status", "inlet" }, 1 },
+      { "trace lines", { "--sim", "--trace", "6", "status", "inlet" }, 0 },
+   };
+   for ( auto& row : rows ) {
+      for ( auto json : { false, true } ) {
+         auto arguments = row.arguments;
+         if ( json ) {
+            arguments.insert( arguments.begin(), "--json" );
+         }
+         auto undisturbed = run( arguments );
+         EXPECT_NE( undisturbed.err, "" ) << row.name;
+         for ( auto redirection : { "2>/dev/full", "2>&-" } ) {
+            auto name = fmt::format( "{} {} {}", row.name, redirection, json ? "--json" : "" );
+
+            auto result = runWith( redirection, arguments );
+
+            EXPECT_EQ( result.signal, 0 ) << name;
+            EXPECT_EQ( result.exitStatus, row.exitStatus ) << name;
+            EXPECT_EQ( result.out, undisturbed.out ) << name;
+            EXPECT_EQ( rapidjson::Document().Parse( result.out.c_str() ).HasParseError(), !json ) << name;
+         }
+      }
+   }
+}
