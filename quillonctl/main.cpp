@@ -12,6 +12,8 @@
 #include "Task.h"
 #include "WatchCommand.h"
 
+#include "common/StandardStreams.h"
+
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
@@ -289,6 +291,7 @@ private:
 } // namespace
 
 int main( int argc, char** argv ) {
+   Common::holdStandardStreams();
    try {
       return CommandLine().run( argc, argv );
    } catch ( const std::exception& error ) {

@@ -1,15 +1,17 @@
 // Who starts the program may have closed a standard stream, or have nothing that takes what is written.
 
-#include "SystemTest.h"
+#include "EmulatedBoard.h"
 
 #include <fmt/format.h>
 #include <rapidjson/document.h>
 
-using ::testing::StartsWith;
+#include <csignal>
+
+using ::testing::HasSubstr;
 
 namespace {
 
-class Streams : public SystemTest {
+class Streams : public EmulatedBoardTest {
 protected:
    /** quillonctl with streams redirected as a shell writes it. */
    Result runWith( const std::string& redirection, const Process::Arguments& arguments ) const {
@@ -30,7 +32,7 @@ struct Row {
 TEST_F( Streams, ThatTakeNoErrorsLeaveOutputAndExitStatusAsTheyAre ) {
    const Row rows[] = {
       { "a wrong usage", { "status", "nosuch" }, 2 },
-      { "an unreachable server", { "--socket", ( folder / "smbus.sock" ).string(), "status", "inlet" }, 1 },
+      { "an unreachable server", { "--socket", ( folder / "nobody.sock" ).string(), "status", "inlet" }, 1 },
       { "trace lines", { "--sim", "--trace", "6", "status", "inlet" }, 0 },
    };
    for ( auto& row : rows ) {
@@ -53,4 +55,14 @@ TEST_F( Streams, ThatTakeNoErrorsLeaveOutputAndExitStatusAsTheyAre ) {
          }
       }
    }
+}
+
+TEST_F( Streams, ThatAreClosedAreNoConnectionsToTheServer ) {
+   auto result = runWith( "<&- >&-", { "status", "inlet" } );
+
+   EXPECT_EQ( result.err, "quillonctl: cannot write the output: Bad file descriptor\n" );
+   EXPECT_EQ( result.exitStatus, 1 );
+   // Of what it cannot parse it says so.
+   server->send( SIGTERM );
+   EXPECT_THAT( server->wait().err, ::testing::Not( HasSubstr( "connection dropped" ) ) );
 }

@@ -1,5 +1,7 @@
 #include "Server.h"
 
+#include <fmt/format.h>
+
 #include <csignal>
 
 #include <sys/socket.h>
@@ -126,6 +128,16 @@ TEST( SmbusServer, IsOneEvenWhenManyStartTogether ) {
    }
    EXPECT_EQ( served, 1 );
    EXPECT_FALSE( fs::exists( socket ) );
+}
+
+TEST( SmbusServer, TakesNoSocketForAStandardStreamThatIsClosed ) {
+   Server server( Server::board, { "/bin/sh", "-c", "exec \"$0\" \"$@\" <&- >&- 2>&-" } );
+   auto client = server.client();
+
+   for ( auto stream : { "0", "1", "2" } ) {
+      EXPECT_EQ( fs::read_symlink( fmt::format( "/proc/{}/fd/{}", client.server(), stream ) ), "/dev/null" );
+   }
+   EXPECT_FALSE( client.ask( reading( 3, 0x48, 0, 2 ) ).failed() );
 }
 
 TEST( SmbusServer, SurvivesTheEndOfItsLog ) {
