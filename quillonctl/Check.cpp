@@ -35,6 +35,11 @@ void Subject::warningAtKey(
    findings_.push_back( file_.warningAtKey( pointer, reason, repair ) );
 }
 
+void Subject::unread(
+   const std::string& place, const rapidjson::Value& value, const std::string& pointer ) const {
+   Schema::findUnread( place, file_, value, pointer, findings_ );
+}
+
 void documents( const JsonFile* topologyFile, const JsonFile* objectsFile, Findings& findings ) {
    Inventory inventory;
    bool isWhole = false;
@@ -44,6 +49,7 @@ void documents( const JsonFile* topologyFile, const JsonFile* objectsFile, Findi
       inventory = takeInventory( topologyFile->document() );
       isWhole = subject.isSound();
       topology( subject, inventory );
+      subject.unread( "/definitions/topology", topologyFile->document(), "" );
    }
    if ( objectsFile ) {
       Schema::check( "objects", *objectsFile, findings );

@@ -45,6 +45,8 @@ public:
       const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
    void warningAtKey(
       const std::string& pointer, const std::string& reason, const std::string& repair = "" ) const;
+   /** Warns of the keys in a value that the schema at `place` does not have. */
+   void unread( const std::string& place, const rapidjson::Value& value, const std::string& pointer ) const;
 
 private:
    const JsonFile& file_;

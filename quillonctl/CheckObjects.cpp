@@ -53,7 +53,11 @@ private:
          return;
       }
       auto args = member( json, "args" );
-      auto did = args && args->IsObject() ? unsignedIn( *args, "did" ) : std::nullopt;
+      auto isObject = args && args->IsObject();
+      if ( isObject ) {
+         subject_.unread( "/definitions/objects/definitions/args", *args, under( pointer, "args" ) );
+      }
+      auto did = isObject ? unsignedIn( *args, "did" ) : std::nullopt;
       if ( did ) {
          objects_.push_back( { pointer, kind, name, args, *did, textIn( *args, "driver" ).value_or( "" ) } );
          device( objects_.back() );

@@ -19,11 +19,6 @@ using rapidjson::Value;
 
 namespace {
 
-const Bundle& bundle() {
-   static const Bundle schemas;
-   return schemas;
-}
-
 /** A schema that the validator can work with, which refers to its text. */
 struct Compiled {
    explicit Compiled( rapidjson::Document document ) : text( std::move( document ) ), schema( text ) {}
@@ -116,11 +111,6 @@ std::vector<std::string> keysOf( const Value& schema ) {
    return keys;
 }
 
-bool isDoubled( const Value& object, const Value& name ) {
-   return std::count_if( object.MemberBegin(), object.MemberEnd(),
-             [&]( auto& entry ) { return entry.name == name; } ) > 1;
-}
-
 class Search {
 public:
    Search( const JsonFile& file, Findings& findings ) : file_( file ), findings_( findings ) {}
@@ -149,12 +139,19 @@ public:
 
    /** Tells of the keys that are missing, all those of an object at once. */
    void finish() {
-      for ( auto& [pointer, keys] : missing_ ) {
-         findings_.push_back( file_.error( pointer, missing( keys ) ) );
+      for ( auto& [pointer, object] : missing_ ) {
+         findings_.push_back(
+            file_.error( pointer, missing( object.keys ), misspelt( object, known_[pointer] ) ) );
       }
    }
 
 private:
+   /** An object that lacks keys. */
+   struct Lacking {
+      const Value* json = nullptr;
+      std::vector<std::string> keys = {};
+   };
+
    /** Different schemas can have something against the same value; one reason is enough. */
    void find( const std::string& pointer, const Words& words ) {
       if ( told_.insert( pointer ).second ) {
@@ -163,19 +160,36 @@ private:
    }
 
    void lack( const std::string& pointer, const Value& object, const std::string& key ) {
-      auto& keys = missing_[pointer];
+      auto& lacking = missing_[pointer];
+      auto& keys = lacking.keys;
+      lacking.json = &object;
       if ( !member( object, key.c_str() ) && std::find( keys.begin(), keys.end(), key ) == keys.end() ) {
          keys.push_back( key );
       }
+   }
+
+   /** What to do where keys that nobody knows are near to missing ones. */
+   static std::string misspelt( const Lacking& object, const std::set<std::string>& known ) {
+      std::vector<std::string> changes;
+      for ( auto& entry : object.json->GetObject() ) {
+         auto key = textOf( entry.name );
+         auto near = known.contains( key ) ? std::vector<std::string> {} : nearest( key, object.keys );
+         if ( !near.empty() ) {
+            changes.push_back( fmt::format( "\"{}\" for \"{}\"", near.front(), key ) );
+         }
+      }
+      return changes.empty() ? "" : fmt::format( "write {}", fmt::join( changes, " and " ) );
    }
 
    void members(
       const Value& schema, const std::string& place, const Value& object, const std::string& pointer ) {
       auto properties = member( schema, "properties" );
       auto further = member( schema, "additionalProperties" );
+      auto keys = keysOf( schema );
+      known_[pointer].insert( keys.begin(), keys.end() );
       for ( auto& [name, value] : object.GetObject() ) {
          if ( isDoubled( object, name ) ) {
-            continue; // which is a mistake by itself, and leaves open what value was meant
+            continue;
          }
          auto key = textOf( name );
          auto inner = under( pointer, key );
@@ -254,10 +268,42 @@ private:
    const JsonFile& file_;
    Findings& findings_;
    std::set<std::string> told_;
-   std::map<std::string, std::vector<std::string>> missing_;
+   std::map<std::string, Lacking> missing_;
+   /** The keys that some schema has for an object. */
+   std::map<std::string, std::set<std::string>> known_;
 };
 
 } // namespace
+
+bool isDoubled( const Value& object, const Value& name ) {
+   return std::count_if( object.MemberBegin(), object.MemberEnd(),
+             [&]( auto& entry ) { return entry.name == name; } ) > 1;
+}
+
+std::vector<std::string> partsFor( std::string place, const Value& value ) {
+   auto& schema = bundle().at( place );
+   auto inner = listed( schema, place, "allOf" );
+   auto choices = listed( schema, place, "oneOf" );
+   auto isMeant = [&]( std::string part ) { return isMeantFor( bundle().at( part ), value ); };
+   auto meant = std::find_if( choices.begin(), choices.end(), isMeant );
+   if ( meant != choices.end() ) {
+      choices = { *meant };
+   }
+   inner.insert( inner.end(), choices.begin(), choices.end() );
+   if ( auto dependencies = member( schema, "dependencies" ) ) {
+      for ( auto& [key, dependent] : dependencies->GetObject() ) {
+         if ( value.HasMember( key ) ) {
+            inner.push_back( under( under( place, "dependencies" ), textOf( key ) ) );
+         }
+      }
+   }
+   std::vector<std::string> parts { place };
+   for ( auto& part : inner ) {
+      auto more = partsFor( part, value );
+      parts.insert( parts.end(), more.begin(), more.end() );
+   }
+   return parts;
+}
 
 void check( const std::string& name, const JsonFile& file, Findings& findings ) {
    auto place = "/definitions/" + name;

@@ -15,6 +15,22 @@ void check( const std::string& name, const JsonFile& file, Findings& findings );
 /** The keys of the schema at a place, such as "/definitions/driver-EMC2305/definitions/fan". */
 std::vector<std::string> keysAt( const std::string& place );
 
+/**
+ * Finds the keys in a value and below it that the schema at a place does not have, which is no breach of a
+ * schema that allows further keys. A key that begins with "$", "_" or "//" is a remark.
+ */
+void findUnread( const std::string& place, const JsonFile& file, const rapidjson::Value& value,
+   const std::string& pointer, Findings& findings );
+
+/**
+ * The places of all schemas that an object has to keep, with the one at `place`. Of alternatives it is the
+ * one that the object is meant for, or each where that is not to be told.
+ */
+std::vector<std::string> partsFor( std::string place, const rapidjson::Value& object );
+
+/** Whether a key comes more than once, which is a mistake by itself, and leaves open what value was meant. */
+bool isDoubled( const rapidjson::Value& object, const rapidjson::Value& name );
+
 /** What is wrong, and what to do about it if that can be said. */
 struct Words {
    std::string reason;

@@ -78,4 +78,9 @@ const Value& Bundle::at( std::string& place ) const {
    return *found;
 }
 
+const Bundle& bundle() {
+   static const Bundle schemas;
+   return schemas;
+}
+
 } // namespace Schema

@@ -38,6 +38,9 @@ private:
    rapidjson::Document definitions_;
 };
 
+/** The one of the program. */
+const Bundle& bundle();
+
 } // namespace Schema
 
 #endif

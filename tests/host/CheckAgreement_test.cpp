@@ -158,7 +158,9 @@ const Stricter* stricterFor( const Finding& finding, const rapidjson::Document& 
       static const Stricter notAskedFor { "", "an object that is not asked for" };
       return &notAskedFor;
    }
-   auto text = finding.text();
+   auto bare = finding;
+   bare.repair.clear();
+   auto text = bare.text();
    for ( size_t i = 0; i < patterns.size(); ++i ) {
       auto& row = stricter[i];
       if ( std::regex_search( text, patterns[i] ) &&

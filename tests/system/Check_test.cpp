@@ -191,7 +191,7 @@ TEST_F( Check, FindsTheBreachesOfTheMapOfAdapters ) {
          { R"(i2c-map.json:2:13: error: /busses/0/master: must be one of "SIMULATED", "I2C", "SCD", "IO_PORT", "CELESTICA", "PLM", "SCC_SPI", "FB_DOM_FPGA", not "i2c"; did you mean "I2C"?)",
             "i2c-map.json:3:27: error: /busses/1/bus: must be an integer from 0 to 127, not 128",
             fmt::format( R"(i2c-map.json:3:43: error: /busses/1/adapter: must be {}, not "")", adapter ),
-            R"(i2c-map.json:4:1: error: /busses/2: lacks the key "adapter")",
+            R"(i2c-map.json:4:1: error: /busses/2: lacks the key "adapter"; write "adapter" for "adaptor")",
             R"(i2c-map.json:4:30: error: /busses/2/adaptor: unknown key; did you mean "adapter"?)" },
          "5 errors, no warnings" ) );
 }
@@ -268,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P( Topology, Warnings,
             "before then" } },
       { "BusBehindMuxAgain",
          device( R"({ "did": 7, "driver": "Dummy", "address": { "address": 1 } } ], "muxes": [
-{ "did": 7, "busses": [ { "id": 300 }, { "id": 300 } ] } ], "more": [)" ),
+{ "did": 7, "busses": [ { "id": 300 }, { "id": 300 } ] } ], "_more": [)" ),
          { "topology.json:5:48: warning: /1/muxes/0/busses/1/id: takes the place of the bus 300 before" } },
       { "LabelAgain", device( R"({ "did": 1, "label": "a" }, { "did": 2, "label": "a" })" ),
          { R"(topology.json:4:50: warning: /1/devices/1/label: the label "a" stands before; the last one counts)" } },
@@ -288,6 +288,67 @@ INSTANTIATE_TEST_SUITE_P( Topology, Warnings,
             "topology.json:5:92: warning: /1/devices/0/address/accel: 128 is cut to 7 bits and becomes 0" } },
    } ),
    []( auto& test ) { return test.param.name; } );
+
+INSTANTIATE_TEST_SUITE_P( UnreadKey, Warnings,
+   ::testing::ValuesIn( std::vector<Warning> {
+      { "OfAMedium",
+         medium( R"({ "type": "I2C", "id": 1, "ham": "SimHam", "Devices": [ { "did": "x" } ] })" ),
+         { R"(topology.json:3:44: warning: /1/Devices: the library does not read this; did you mean "devices"?)" } },
+      { "OfAnotherMedium", medium( R"({ "type": "LinuxFs", "ham": "SimHam", "pci": 1, "busses": [] })" ),
+         { "topology.json:3:39: warning: /1/pci: the library does not read this",
+            "topology.json:3:49: warning: /1/busses: the library does not read this" } },
+      { "OfAController", medium( R"({ "type": "SCD", "pci": 1, "ham": "SimHam", "accelerator": [] })" ),
+         { R"(topology.json:3:45: warning: /1/accelerator: the library does not read this; did you mean "accelerators"?)" } },
+      { "OfAnAccelerator",
+         medium(
+            R"({ "type": "Celestica", "ham": "SimHam", "accelerators": [ { "id": 1, "buses": [] } ] })" ),
+         { R"(topology.json:3:70: warning: /1/accelerators/0/buses: the library does not read this; did you mean "busses"?)" } },
+      { "OfABus", medium( R"({ "type": "FbDomFpga", "pci": 1, "ham": "SimHam", "busses": [
+{ "id": 1, "mux": [] } ] })" ),
+         { R"(topology.json:4:12: warning: /1/busses/0/mux: the library does not read this; did you mean "muxes"?)" } },
+      { "OfAMultiplexer",
+         device( R"({ "did": 7, "driver": "Dummy", "address": { "address": 1 } } ], "muxes": [
+{ "did": 7, "labl": "a" } ], "$comment": [)" ),
+         { R"(topology.json:5:13: warning: /1/muxes/0/labl: the library does not read this; did you mean "label"?)" } },
+      { "OfADevice", device( R"({ "did": 1, "Label": "a" })" ),
+         { R"(topology.json:4:13: warning: /1/devices/0/Label: the library does not read this; did you mean "label"?)" } },
+      { "OfADeviceWithoutDriver", device( R"({ "did": 1, "uid": 2, "address": 5 })" ),
+         { "topology.json:4:13: warning: /1/devices/0/uid: the library does not read this",
+            "topology.json:4:23: warning: /1/devices/0/address: the library does not read this" } },
+      { "OfADeviceWithDriver",
+         device( R"({ "did": 1, "driver": "Dummy", "address": { "address": 1 }, "driverargs": {} })" ),
+         { R"(topology.json:4:61: warning: /1/devices/0/driverargs: the library does not read this; did you mean "driverArgs"?)" } },
+      { "OfAComponent", device( R"({ "did": 1, "components": [ { "uid": 2, "lable": "a" } ] })" ),
+         { R"(topology.json:4:41: warning: /1/devices/0/components/0/lable: the library does not read this; did you mean "label"?)" } },
+      { "OfAnAddress",
+         device( R"({ "did": 1, "driver": "Dummy", "address": { "address": 1, "adrSize": 2 } })" ),
+         { R"(topology.json:4:59: warning: /1/devices/0/address/adrSize: the library does not read this; did you mean "addrSize"?)" } },
+      { "OfASingleDevice",
+         device( R"({ "did": 1, "driver": "Dummy", "address": { "address": 1 }, "multiDeviceArgs": {} })" ),
+         { "topology.json:4:61: warning: /1/devices/0/multiDeviceArgs: the library does not read this" } },
+      { "OfArguments",
+         object( driven( "gpio", "a", "Dummy", R"({ "register": 1, "bitpos": 1 })",
+            R"("address": { "address": 48, "acel": 1 }, "Name": "x")" ) ),
+         { R"(objects.json:2:99: warning: /objects/0/args/address/acel: the library does not read this; did you mean "accel"?)",
+            R"(objects.json:2:112: warning: /objects/0/args/Name: the library does not read this; did you mean "name"?)" } },
+      { "IsNoRemark", device( R"({ "did": 1, "$comment": 1, "_label": "a", "//": "a", "comment": "a" })" ),
+         { "topology.json:4:54: warning: /1/devices/0/comment: the library does not read this" } },
+   } ),
+   []( auto& test ) { return test.param.name; } );
+
+TEST_F( Check, NamesTheKeyThatStandsForAMissingOne ) {
+   auto result = check( object( R"({ "Kind": "gpio", "name": "a", "args": {} },
+{ "kind": "gpio", "name": "b", "args": { "did": 9, "driver": "Dummy", "adress": { "address": 48 },
+"driverargs": { "register": 1, "bitpos": 1 } } })" ) );
+
+   EXPECT_EQ( result.out,
+      output(
+         { R"(objects.json:2:1: error: /objects/0: lacks the key "kind"; write "kind" for "Kind")",
+            R"(objects.json:3:40: error: /objects/1/args: lacks the keys "address", "driverArgs"; write "address" for "adress" and "driverArgs" for "driverargs")",
+            R"(objects.json:3:71: warning: /objects/1/args/adress: the library does not read this; did you mean "address"?)",
+            R"(objects.json:4:1: warning: /objects/1/args/driverargs: the library does not read this; did you mean "driverArgs"?)" },
+         "2 errors, 2 warnings" ) );
+}
 
 INSTANTIATE_TEST_SUITE_P( Objects, Warnings,
    ::testing::ValuesIn( std::vector<Warning> {
