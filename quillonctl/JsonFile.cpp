@@ -1,5 +1,7 @@
 #include "JsonFile.h"
 
+#include "JsonRepair.h"
+
 #include <fmt/format.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
@@ -176,10 +178,13 @@ std::unique_ptr<JsonFile> JsonFile::parse( const std::string& name, std::string 
 }
 
 bool JsonFile::parse( Findings& findings ) {
-   auto fail = [&]( size_t offset, const std::string& reason ) {
-      findings.push_back( { Severity::Error, name_, placeOf( offset ), "", reason, "" } );
+   auto fail = [&]( size_t offset, const std::string& reason, const std::string& repair = "" ) {
+      findings.push_back( { Severity::Error, name_, placeOf( offset ), "", reason, repair } );
       return false;
    };
+   if ( hasByteOrderMark( text_ ) ) {
+      return fail( 0, "begins with a byte order mark", "save it as UTF-8 without one" );
+   }
    // The library takes a C string, and would see only what stands before it.
    if ( auto zero = text_.find( '\0' ); zero != std::string::npos ) {
       return fail( zero, "there is a zero byte in the text" );
@@ -195,7 +200,7 @@ bool JsonFile::parse( Findings& findings ) {
    if ( result.IsError() ) {
       std::string reason = rapidjson::GetParseError_En( result.Code() );
       reason.erase( reason.find_last_not_of( '.' ) + 1 );
-      return fail( result.Offset(), reason );
+      return fail( result.Offset(), reason, repairOfSyntax( result.Code(), text_, result.Offset() ) );
    }
    findings.insert( findings.end(), positions.findings.begin(), positions.findings.end() );
    OffsetStream again( text_ );
