@@ -118,12 +118,13 @@ private:
    template <typename Part>
    static std::string choices( const std::vector<Part>& parts, uint32_t Part::*id ) {
       constexpr size_t listable = 20;
-      if ( parts.empty() || parts.size() > listable ) {
+      std::set<uint32_t> ids;
+      for ( auto& part : parts ) {
+         ids.insert( part.*id );
+      }
+      if ( ids.empty() || ids.size() > listable ) {
          return "";
       }
-      std::vector<uint32_t> ids;
-      std::transform(
-         parts.begin(), parts.end(), std::back_inserter( ids ), [=]( auto& part ) { return part.*id; } );
       return fmt::format( "there {} {}", ids.size() == 1 ? "is" : "are", fmt::join( ids, ", " ) );
    }
 

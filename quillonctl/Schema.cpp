@@ -63,6 +63,16 @@ std::string brokenRule( const std::string& place, const Value& schema, const Val
    return value.Accept( validator ) ? "" : validator.GetInvalidSchemaKeyword();
 }
 
+/** Whether a value is a text of a number that would keep a schema's own rules. */
+bool isQuotedNumber( const std::string& place, const Value& schema, const Value& value ) {
+   if ( !value.IsString() ) {
+      return false;
+   }
+   rapidjson::Document inner;
+   inner.Parse<rapidjson::kParseIterativeFlag>( value.GetString(), value.GetStringLength() );
+   return !inner.HasParseError() && inner.IsNumber() && brokenRule( place, schema, inner ).empty();
+}
+
 /** The property that tells the alternatives of a "oneOf" apart: the one with an enumeration. */
 const Value::Member* selectorOf( const Value& alternative ) {
    auto properties = member( alternative, "properties" );
@@ -124,7 +134,11 @@ public:
             lack( pointer, value, textOf( key ) );
          }
       } else if ( !rule.empty() ) {
-         find( pointer, breach( schema, rule, value ) );
+         auto words = breach( schema, rule, value );
+         if ( rule == "type" && isQuotedNumber( place, schema, value ) ) {
+            words.repair = "take the quotes away";
+         }
+         find( pointer, words );
       }
       if ( value.IsObject() ) {
          members( schema, place, value, pointer );

@@ -207,6 +207,21 @@ TEST_F( Check, FindsABusThatIsMappedTwice ) {
                      "1 error, no warnings" ) );
 }
 
+TEST_F( Check, OffersEachDeviceOnce ) {
+   auto documents = device( R"({ "did": 1 }, { "did": 1 }, { "did": 3 })" );
+   documents.objects = object( R"({ "kind": "gpio", "name": "a", "args": { "did": 2, "driver": "Dummy",
+"address": { "address": 1 }, "driverArgs": { "register": 1, "bitpos": 1 } } })" )
+                          .objects;
+
+   auto result = check( documents );
+
+   EXPECT_EQ(
+      result.out, output( { "topology.json:4:24: error: /1/devices/1/did: a device before has the did 1",
+                             "objects.json:2:49: error: /objects/0/args/did: the topology has no device 2; "
+                             "there are 1, 3, 9" },
+                     "2 errors, no warnings" ) );
+}
+
 // What the library takes, but for something else than it seems.
 
 struct Warning {

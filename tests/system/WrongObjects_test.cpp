@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P( Objects, WrongDocument,
       { "AlertText",
          object(
             R"({ "kind": "temp_sensor", "name": "a", "alert": "45", "critical": 55, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
-         { R"(objects.json:2:48: /objects/0/alert: must be a number from -128 to 127.5, not "45")" } },
+         { R"(objects.json:2:48: /objects/0/alert: must be a number from -128 to 127.5, not "45"; take the quotes away)" } },
       { "CriticalTooHigh",
          object(
             R"({ "kind": "temp_sensor", "name": "a", "alert": 45, "critical": 128, "args": { "did": 9, "driver": "PCT2075", "address": { "address": 1 } } })" ),
