@@ -40,8 +40,8 @@ BoardFileError syntaxError(
    auto line = 1 + std::ranges::count( before, '\n' );
    // npos + 1 is 0: the first line starts there.
    auto column = 1 + before.size() - ( before.rfind( '\n' ) + 1 );
-   return BoardFileError( fmt::format( "{}: line {}, column {}: {}", file, line, column,
-      rapidjson::GetParseError_En( document.GetParseError() ) ) );
+   return BoardFileError( fmt::format(
+      "{}:{}:{}: {}", file, line, column, rapidjson::GetParseError_En( document.GetParseError() ) ) );
 }
 
 std::string textOf( const rapidjson::Value& value ) {

@@ -45,8 +45,8 @@ rapidjson::Document parseJson( const std::string& file, std::string_view text ) 
       auto before = text.substr( 0, document.GetErrorOffset() );
       auto line = 1 + std::ranges::count( before, '\n' );
       auto column = before.size() - before.rfind( '\n' );
-      throw MapFileError( fmt::format( "{}: line {}, column {}: {}", file, line, column,
-         rapidjson::GetParseError_En( document.GetParseError() ) ) );
+      throw MapFileError( fmt::format(
+         "{}:{}:{}: {}", file, line, column, rapidjson::GetParseError_En( document.GetParseError() ) ) );
    }
    return document;
 }

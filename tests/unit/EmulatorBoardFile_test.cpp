@@ -63,16 +63,15 @@ struct Row {
 };
 
 const Row rows[] = {
-   { "nothing", "", "board.json: line 1, column 1: The document is empty." },
-   { "no JSON", "chips", "board.json: line 1, column 1: Invalid value." },
+   { "nothing", "", "board.json:1:1: The document is empty." },
+   { "no JSON", "chips", "board.json:1:1: Invalid value." },
    { "a missing comma", "{\n   \"chips\": []\n   \"x\": 1\n}",
-      "board.json: line 3, column 4: Missing a comma or '}' after an object member." },
+      "board.json:3:4: Missing a comma or '}' after an object member." },
    { "something behind the end", "{ \"chips\": [] } x",
-      "board.json: line 1, column 17: The document root must not be followed by other values." },
-   { "invalid UTF-8", "{ \"chips\": \"\xff\" }",
-      "board.json: line 1, column 13: Invalid encoding in string." },
+      "board.json:1:17: The document root must not be followed by other values." },
+   { "invalid UTF-8", "{ \"chips\": \"\xff\" }", "board.json:1:13: Invalid encoding in string." },
    { "a number too big", chipOf( R"("bus": 1e999)" ),
-      "board.json: line 1, column 23: Number too big to be stored in double." },
+      "board.json:1:23: Number too big to be stored in double." },
    { "an array for the board", "[]", "board.json: /: must be an object with the chips of the board" },
    { "no chips", "{}", "board.json: /: lacks chips" },
    { "an unknown key", "{ \"chip\": [] }",

@@ -142,12 +142,12 @@ TEST( SmbusdMapFile, OfAWrongShapeIsRefusedByTheSchemaToo ) {
 
 TEST( SmbusdMapFile, ThatIsNoJsonIsRefusedWithLineAndColumn ) {
    EXPECT_EQ( refusal( "{\n   \"busses\": [ ]\n   \"x\": 1 }" ),
-      "map.json: line 3, column 4: Missing a comma or '}' after an object member." );
-   EXPECT_EQ( refusal( "" ), "map.json: line 1, column 1: The document is empty." );
+      "map.json:3:4: Missing a comma or '}' after an object member." );
+   EXPECT_EQ( refusal( "" ), "map.json:1:1: The document is empty." );
 }
 
 TEST( SmbusdMapFile, ThatIsNestedDeeplyIsRefused ) {
-   EXPECT_EQ( refusal( std::string( 1000000, '[' ) ).substr( 0, 16 ), "map.json: line 1" );
+   EXPECT_EQ( refusal( std::string( 1000000, '[' ) ).substr( 0, 11 ), "map.json:1:" );
 }
 
 TEST( SmbusdMapFile, HasAKeyOnce ) {
