@@ -4,34 +4,24 @@
 #include "ChipFactory.h"
 #include "Text.h"
 
+#include "common/TextFile.h"
+
 #include <fmt/format.h>
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
 
 namespace Emulator {
 
 namespace {
 
 std::string readFile( const std::string& file ) {
-   std::string text;
-   std::unique_ptr<FILE, int ( * )( FILE* )> stream( fopen( file.c_str(), "rbe" ), fclose );
-   if ( stream ) {
-      std::array<char, 4096> part;
-      while ( auto count = fread( part.data(), 1, part.size(), stream.get() ) ) {
-         text.append( part.data(), count );
-      }
+   try {
+      return Common::readTextFile( file );
+   } catch ( const Common::TextFileError& error ) {
+      throw BoardFileError( fmt::format( "{}: cannot be read: {}", file, error.what() ) );
    }
-   if ( !stream || ferror( stream.get() ) ) {
-      throw BoardFileError( fmt::format( "{}: cannot be read: {}", file, strerror( errno ) ) );
-   }
-   return text;
 }
 
 BoardFileError syntaxError(

@@ -1,6 +1,7 @@
 #include "JsonFile.h"
 
 #include "JsonRepair.h"
+#include "common/TextFile.h"
 
 #include <fmt/format.h>
 #include <rapidjson/error/en.h>
@@ -10,8 +11,6 @@
 #include <rapidjson/writer.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 
 namespace {
 
@@ -28,18 +27,6 @@ constexpr unsigned parseFlags = rapidjson::kParseIterativeFlag | rapidjson::kPar
 struct OffsetStream : rapidjson::MemoryStream {
    explicit OffsetStream( const std::string& text ) : MemoryStream( text.data(), text.size() ) {}
 };
-
-/** The text of a file, or none with errno. */
-std::optional<std::string> readFile( const std::string& name ) {
-   std::unique_ptr<FILE, int ( * )( FILE* )> file( fopen( name.c_str(), "rbe" ), fclose );
-   std::string text;
-   char block[4096];
-   size_t count = 0;
-   while ( file && ( count = fread( block, 1, sizeof( block ), file.get() ) ) > 0 ) {
-      text.append( block, count );
-   }
-   return file && !ferror( file.get() ) ? std::optional( text ) : std::nullopt;
-}
 
 } // namespace
 
@@ -150,10 +137,10 @@ private:
 
 namespace {
 
-/** What to do about a file that cannot be read. */
+/** What to do about a file that cannot be read. @param reason an errno, or 0 where it is not fit */
 std::string repairFor( int reason ) {
-   return reason == EISDIR   ? "put the document there, or name another board with --board"
-          : reason == EACCES ? "make it readable, or name another board with --board"
+   return reason == EISDIR || reason == 0 ? "put the document there, or name another board with --board"
+          : reason == EACCES              ? "make it readable, or name another board with --board"
                              : "name a folder that holds topology.json and objects.json with --board";
 }
 
@@ -161,15 +148,14 @@ std::string repairFor( int reason ) {
 
 std::unique_ptr<JsonFile> JsonFile::load( const std::filesystem::path& path, Findings& findings ) {
    auto name = path.string();
-   auto text = readFile( name );
-   if ( !text ) {
-      auto reason = errno;
-      findings.push_back( { Severity::Error, name, {}, "",
-         fmt::format( "cannot read {}: {}", name, reason == EISDIR ? "it is a folder" : strerror( reason ) ),
-         repairFor( reason ) } );
+   try {
+      return parse( name, Common::readTextFile( path ), findings );
+   } catch ( const Common::TextFileError& failure ) {
+      auto reason = failure.error == EISDIR ? "it is a folder" : failure.what();
+      findings.push_back( { Severity::Error, name, {}, "", fmt::format( "cannot read {}: {}", name, reason ),
+         repairFor( failure.error ) } );
       return nullptr;
    }
-   return parse( name, *text, findings );
 }
 
 std::unique_ptr<JsonFile> JsonFile::parse( const std::string& name, std::string text, Findings& findings ) {

@@ -2,6 +2,7 @@
 
 #include "JsonPlace.h"
 
+#include "common/TextFile.h"
 #include "smbusd/Log.h"
 
 #include <fmt/format.h>
@@ -9,12 +10,7 @@
 #include <rapidjson/error/en.h>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <limits>
-#include <memory>
 #include <vector>
 
 namespace Smbusd::I2cDev {
@@ -22,18 +18,11 @@ namespace Smbusd::I2cDev {
 namespace {
 
 std::string readFile( const std::string& file ) {
-   std::string text;
-   std::unique_ptr<FILE, int ( * )( FILE* )> stream( fopen( file.c_str(), "re" ), fclose );
-   if ( stream ) {
-      std::array<char, 4096> part;
-      while ( auto count = fread( part.data(), 1, part.size(), stream.get() ) ) {
-         text.append( part.data(), count );
-      }
+   try {
+      return Common::readTextFile( file );
+   } catch ( const Common::TextFileError& error ) {
+      throw MapFileError( fmt::format( "{}: cannot be read: {}", file, error.what() ) );
    }
-   if ( !stream || ferror( stream.get() ) ) {
-      throw MapFileError( fmt::format( "{}: cannot be read: {}", file, strerror( errno ) ) );
-   }
-   return text;
 }
 
 rapidjson::Document parseJson( const std::string& file, std::string_view text ) {

@@ -233,6 +233,36 @@ TEST_F( Obstacles, OfABoardAreThatItsFolderIsEmpty ) {
    EXPECT_EQ( result.exitStatus, 2 );
 }
 
+TEST_F( Obstacles, OfABoardAreThatItsDocumentsAreNoRegularFiles ) {
+   auto board = boardWith( sensor( "inlet", 1 ) );
+   fs::remove( at( "bench/topology.json" ) );
+   ASSERT_EQ( mkfifo( at( "bench/topology.json" ).c_str(), 0600 ), 0 );
+   fs::remove( at( "bench/objects.json" ) );
+   fs::create_symlink( "/dev/zero", at( "bench/objects.json" ) );
+
+   auto result = run( { "--sim", "--board", board, "status" } );
+
+   EXPECT_EQ( result.err, fmt::format( "quillonctl: cannot read {0}/topology.json: it is no regular file; "
+                                       "put the document there, or name another board with --board\n"
+                                       "quillonctl: cannot read {0}/objects.json: it is no regular file; "
+                                       "put the document there, or name another board with --board\n",
+                             board ) );
+   EXPECT_EQ( result.exitStatus, 2 );
+}
+
+TEST_F( Obstacles, OfABoardAreThatADocumentIsFarTooLong ) {
+   auto board = boardWith( sensor( "inlet", 1 ) );
+   fs::resize_file( at( "bench/objects.json" ), 1LL << 40 );
+
+   auto result = run( { "check", board } );
+
+   EXPECT_THAT( result.out,
+      ::testing::HasSubstr( fmt::format( "error: cannot read {}/objects.json: it is longer than 16 MiB; "
+                                         "put the document there, or name another board with --board\n",
+         board ) ) );
+   EXPECT_EQ( result.exitStatus, 2 );
+}
+
 TEST_F( Obstacles, OfTheServerAreTheModeOfItsSocketsFolder ) {
    write( "emulator.json", R"({ "chips": [] })" );
    fs::create_directory( folder / "closed" );

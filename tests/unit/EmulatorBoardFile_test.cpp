@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <sys/stat.h>
+
 using namespace Emulator;
 using namespace std::string_literals;
 
@@ -184,6 +186,21 @@ TEST( EmulatorBoardFile, SaysNoPlaceForAFileThatCannotBeRead ) {
    EXPECT_EQ( loadFailure( missing ), missing + ": cannot be read: No such file or directory" );
    EXPECT_EQ(
       loadFailure( directory.path() ), directory.path().string() + ": cannot be read: Is a directory" );
+}
+
+TEST( EmulatorBoardFile, IsARegularFileOfAFairLength ) {
+   TemporaryDirectory directory;
+   auto pipe = ( directory.path() / "pipe" ).string();
+   ASSERT_EQ( mkfifo( pipe.c_str(), 0600 ), 0 );
+   EXPECT_EQ( loadFailure( pipe ), pipe + ": cannot be read: it is no regular file" );
+   EXPECT_EQ( loadFailure( "/dev/zero" ), "/dev/zero: cannot be read: it is no regular file" );
+
+   auto filler = ( directory.path() / "long.json" ).string();
+   std::ofstream( filler ) << "";
+   std::filesystem::resize_file( filler, ( 16 << 20 ) + 1 );
+   EXPECT_EQ( loadFailure( filler ), filler + ": cannot be read: it is longer than 16 MiB" );
+   std::filesystem::resize_file( filler, 16 << 20 );
+   EXPECT_EQ( loadFailure( filler ), filler + ": line 1, column 1: The document is empty." );
 }
 
 TEST( EmulatorBoardFile, NamesItsFileInErrors ) {

@@ -187,6 +187,15 @@ TEST( SmbusdMapFile, ThatIsNotThereIsRefused ) {
    }
 }
 
+TEST( SmbusdMapFile, ThatIsADeviceIsRefused ) {
+   try {
+      loadMap( "/dev/zero" );
+      ADD_FAILURE() << "accepted";
+   } catch ( const MapFileError& error ) {
+      EXPECT_STREQ( error.what(), "/dev/zero: cannot be read: it is no regular file" );
+   }
+}
+
 TEST( SmbusdMapFile, ThatIsADirectoryIsRefused ) {
    try {
       loadMap( "/tmp" );
