@@ -64,8 +64,10 @@ Findings missingFolder( const std::string& folder ) {
    if ( fs::is_directory( folder, error ) ) {
       return {};
    }
-   auto reason = error ? error.message() : "it is no folder";
-   return { { Severity::Error, folder, {}, "", fmt::format( "no board at {}: {}", folder, reason ),
+   auto why = error ? error.message() : "it is no folder";
+   auto reason = folder.empty() ? "the name of the board's folder is empty"
+                                : fmt::format( "no board at {}: {}", folder, why );
+   return { { Severity::Error, folder, {}, "", reason,
       "name a folder that holds topology.json and objects.json with --board" } };
 }
 

@@ -50,7 +50,8 @@ std::string asText( const std::string& board, const Findings& findings ) {
    for ( auto& finding : findings ) {
       text += forTerminal( finding.textWithSeverity() ) + '\n';
    }
-   return text + fmt::format( "{}: {}, {}\n", forTerminal( board ), counted( findings, Severity::Error ),
+   auto subject = board.empty() ? "" : forTerminal( board ) + ": ";
+   return text + fmt::format( "{}{}, {}\n", subject, counted( findings, Severity::Error ),
                     counted( findings, Severity::Warning ) );
 }
 

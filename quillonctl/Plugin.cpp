@@ -25,12 +25,19 @@ std::string whyNot( const std::string& path, const std::string& reason ) {
                : "name the right file with --plugin" );
 }
 
+/** Without a slash in it, dlopen would look for a name in the system's folders. */
+std::string wholePath( const std::string& path ) {
+   if ( path.empty() ) {
+      throw HostError(
+         QL_STATUS_FAILED, "the name of the plug-in is empty; name the right file with --plugin" );
+   }
+   return std::filesystem::absolute( path ).lexically_normal();
+}
+
 } // namespace
 
 Plugin::Plugin( const std::string& path )
-   // Without a slash in it, dlopen would look for the name in the system's folders.
-   : path_( std::filesystem::absolute( path ).lexically_normal() )
-   , handle_( dlopen( path_.c_str(), RTLD_NOW | RTLD_LOCAL ) ) {
+   : path_( wholePath( path ) ), handle_( dlopen( path_.c_str(), RTLD_NOW | RTLD_LOCAL ) ) {
    if ( !handle_ ) {
       throw HostError( QL_STATUS_FAILED, whyNot( path_, dlerror() ) );
    }

@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 
 namespace {
 
@@ -252,7 +253,10 @@ private:
    /** Help and version are what was asked for, everything else is a mistake. */
    int answer( const CLI::ParseError& error ) {
       if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::Success ) ) {
-         return app_.exit( error );
+         std::ostringstream text;
+         auto status = app_.exit( error, text, text );
+         write( text.str() );
+         return status;
       }
       refuseUsage( error.what() );
    }

@@ -193,6 +193,27 @@ TEST_F( Obstacles, OfAPluginAreThatItIsAFolder ) {
                              folder.string() ) );
 }
 
+TEST_F( Obstacles, OfAPluginAreThatItsNameIsEmpty ) {
+   auto result = run( { "--sim", "--plugin", "", "status" } );
+
+   EXPECT_EQ(
+      result.err, "quillonctl: the name of the plug-in is empty; name the right file with --plugin\n" );
+   EXPECT_EQ( result.exitStatus, 1 );
+}
+
+TEST_F( Obstacles, OfABoardAreThatItsNameIsEmpty ) {
+   const std::string sentence = "the name of the board's folder is empty; name a folder that holds "
+                                "topology.json and objects.json with --board\n";
+
+   auto result = run( { "--sim", "--board", "", "status" } );
+   EXPECT_EQ( result.err, "quillonctl: " + sentence );
+   EXPECT_EQ( result.exitStatus, 2 );
+
+   result = run( { "check", "" } );
+   EXPECT_EQ( result.out, "error: " + sentence + "1 error, no warnings\n" );
+   EXPECT_EQ( result.exitStatus, 2 );
+}
+
 TEST_F( Obstacles, OfABoardAreTheModesOfItsFiles ) {
    auto board = boardWith( sensor( "inlet", 1 ) );
    close( "bench/topology.json" );

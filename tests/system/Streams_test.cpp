@@ -66,3 +66,16 @@ TEST_F( Streams, ThatAreClosedAreNoConnectionsToTheServer ) {
    server->send( SIGTERM );
    EXPECT_THAT( server->wait().err, ::testing::Not( HasSubstr( "connection dropped" ) ) );
 }
+
+TEST_F( Streams, ThatTakeNoOutputAreToldOfHelpAndVersionToo ) {
+   for ( auto& words : { Process::Arguments { "--help" }, { "status", "--help" }, { "--version" } } ) {
+      auto result = runWith( ">/dev/full", words );
+      EXPECT_EQ( result.err, "quillonctl: cannot write the output: No space left on device\n" )
+         << words.back();
+      EXPECT_EQ( result.exitStatus, 1 ) << words.back();
+
+      result = runWith( ">&-", words );
+      EXPECT_EQ( result.err, "quillonctl: cannot write the output: Bad file descriptor\n" ) << words.back();
+      EXPECT_EQ( result.exitStatus, 1 ) << words.back();
+   }
+}
