@@ -4,6 +4,7 @@
 #include "EmuCommand.h"
 #include "Errors.h"
 #include "HostServices.h"
+#include "Nearest.h"
 #include "ObjectCommand.h"
 #include "Output.h"
 #include "ServeCommand.h"
@@ -258,7 +259,26 @@ private:
          write( text.str() );
          return status;
       }
+      if ( error.get_exit_code() == static_cast<int>( CLI::ExitCodes::ExtrasError ) ) {
+         refuseExtra();
+      }
       refuseUsage( error.what() );
+   }
+
+   /** Of words that are none of ours, the first counts: what stands behind it may be meant for it. */
+   [[noreturn]] void refuseExtra() {
+      auto extra = app_.remaining( true ).front();
+      auto parsed = app_.get_subcommands();
+      auto better = extra.starts_with( '-' )
+                       ? didYouMean( extra.substr( 0, extra.find( '=' ) ),
+                            flagsOf( parsed.empty() ? "" : parsed.front()->get_name() ) )
+                    : parsed.empty() ? didYouMean( extra, commandWords() )
+                                     : "";
+      auto mistake = fmt::format( "The following argument was not expected: {}", extra );
+      if ( better.empty() ) {
+         refuseUsage( mistake );
+      }
+      throw InputError( { fmt::format( "{}; {}", mistake, better ) } );
    }
 
    [[noreturn]] static void refuseUsage( const std::string& mistake ) {

@@ -78,8 +78,9 @@ TEST_P( WrongUsage, IsADocumentInJsonToo ) {
 
 INSTANTIATE_TEST_SUITE_P(, WrongUsage,
    ::testing::Values( Mistake { "NoCommand", {}, "there is no command" },
-      Mistake { "UnknownCommand", { "statsu" }, "The following argument was not expected: statsu" },
-      Mistake { "UnknownOption", { "--simm", "status" }, "The following argument was not expected: --simm" },
+      Mistake { "UnknownCommand", { "frobnicate" }, "The following argument was not expected: frobnicate" },
+      Mistake {
+         "UnknownOption", { "--colour", "status" }, "The following argument was not expected: --colour" },
       Mistake { "NoValue", { "status", "--board" }, "--board: 1 required DIR missing" },
       Mistake { "LevelTooHigh", { "--trace", "7", "status" }, "--trace: Value 7 not in range 0 to 6" },
       Mistake { "LevelNoNumber", { "--trace", "all", "status" }, "--trace: Value all not in range 0 to 6" },
@@ -97,3 +98,31 @@ INSTANTIATE_TEST_SUITE_P(, WrongUsage,
          "--count: Value 0 not in range 1 to 1000000000" },
       Mistake { "CountWithoutInterval", { "status", "--count", "2" }, "--count requires --interval" } ),
    []( auto& test ) { return test.param.name; } );
+
+TEST_F( Usage, WithAWrongWordIsAnsweredWithTheNearest ) {
+   struct Row {
+      Process::Arguments arguments;
+      const char* wrong;
+      const char* right;
+   };
+
+   const Row rows[] = {
+      { { "statsu" }, "statsu", "status" },
+      { { "wathc", "inlet", "--interval", "2" }, "wathc", "watch" },
+      { { "--simm", "status" }, "--simm", "--sim" },
+      { { "--bord", "x", "status" }, "--bord", "--board" },
+      { { "--bord=x", "status" }, "--bord=x", "--board" },
+      { { "status", "--bord", "x" }, "--bord", "--board" },
+      { { "status", "--intervall", "2" }, "--intervall", "--interval" },
+      { { "poe", "port1", "report", "--rwa" }, "--rwa", "--raw" },
+   };
+   for ( auto& row : rows ) {
+      auto result = run( row.arguments );
+
+      EXPECT_EQ( result.err,
+         fmt::format( "quillonctl: The following argument was not expected: {}; did you mean {}?\n",
+            row.wrong, row.right ) );
+      EXPECT_EQ( result.out, "" ) << row.wrong;
+      EXPECT_EQ( result.exitStatus, 2 ) << row.wrong;
+   }
+}
