@@ -39,7 +39,27 @@ std::vector<Reading> Host::doWithEach( const Action& action ) {
       readings.push_back( *doWith( objects_[i], action, SoleUse::Mode::Wait ) );
    }
    progress_.shown.end();
+   nameMissingServer( readings );
    return readings;
+}
+
+void Host::nameMissingServer( std::vector<Reading>& readings ) const {
+   std::vector<Reading*> failed;
+   for ( size_t i = 0; i < count_; ++i ) {
+      if ( readings[i].failure && !objects_[i].failure ) {
+         failed.push_back( &readings[i] );
+      }
+   }
+   if ( failed.empty() || Surroundings::isSimulation() ) {
+      return;
+   }
+   try {
+      Surroundings::requireServer();
+   } catch ( const HostError& error ) {
+      for ( auto reading : failed ) {
+         reading->failure = Failure { error.status, error.what() };
+      }
+   }
 }
 
 std::optional<Reading> Host::tryWith( size_t index, const Action& action ) {

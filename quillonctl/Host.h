@@ -54,6 +54,8 @@ private:
    void add( Object& object );
    std::optional<Reading> doWith( const Object& object, const Action& action, SoleUse::Mode mode );
    Reading doAlone( const Object& object, const Action& action );
+   /** Where the SMBus server has gone, says so in place of the library's words about its socket. */
+   void nameMissingServer( std::vector<Reading>& readings ) const;
    /** Why nothing can be done with an object, if that is so. */
    std::optional<Failure> obstacle( const Object& object ) const;
    /** Calls the library for an object. @return what it threw, if anything */

@@ -3,6 +3,7 @@
 
 #include "EmulatedBoard.h"
 
+#include <fmt/format.h>
 #include <rapidjson/document.h>
 
 #include <csignal>
@@ -163,6 +164,29 @@ TEST_F( StackFaults, OfAServerThatWasRestartedMeanwhileAreNone ) {
    stopServer( SIGTERM );
    startServer();
    EXPECT_EQ( await( []( auto& ) { return true; } ).state, "ok" );
+}
+
+TEST_F( StackFaults, OfAServerThatHasGoneAreToldAsAtTheStart ) {
+   auto sentence =
+      fmt::format( "no SMBus server at {}: No such file or directory; start quillon-smbusd, name "
+                   "its socket with --socket, or use --sim",
+         ( folder / "smbus.sock" ).string() );
+   auto error =
+      fmt::format( R"("error":{{"status":"QL_STATUS_IO_ERROR","code":4,"message":"{}"}})", sentence );
+   for ( auto command : { "status", "watch" } ) {
+      SCOPED_TRACE( command );
+      startServer();
+      watch.reset(
+         new Process( { QUILLONCTL, "--json", command, "inlet", "--interval", "0.02" }, environment ) );
+      watch->readUntil( R"("state":"ok")" );
+      stopServer( SIGTERM );
+      watch->readUntil( error );
+      startServer();
+      watch->readUntil( R"("state":"ok")" );
+      watch->send( SIGINT );
+      EXPECT_THAT( watch->wait().err, testing::HasSubstr( "quillonctl: inlet: " + sentence + "\n" ) );
+      watch.reset();
+   }
 }
 
 TEST_F( StackFaults, OfAServerThatComesAndGoesCostNoDescriptor ) {
