@@ -9,7 +9,7 @@ from pathlib import Path
 
 guide, tree = Path(sys.argv[1]), Path(sys.argv[2])
 text = guide.read_text()
-TREES = ("src", "smbusd", "emulator", "quillonctl", "platform")
+TREES = ("src", "common", "smbusd", "emulator", "quillonctl", "platform")
 
 
 def sources(*folders: str) -> str:
