@@ -55,6 +55,7 @@ struct Encoder {
          write( json, value );
       }
       json.EndArray();
+      writeText( json, answered.setting );
       if ( answered.reading.failure ) {
          write( json, *answered.reading.failure );
       }
@@ -83,12 +84,13 @@ std::string_view stateOf( const Json& json ) {
 }
 
 Answered answeredOf( const Json& json ) {
-   Answered answered { json[1].GetUint64(), json[2].GetDouble(), { {}, stateOf( json[3] ), {} } };
+   Answered answered { json[1].GetUint64(), json[2].GetDouble(), { {}, stateOf( json[3] ), {} },
+      textOf( json[5] ) };
    for ( auto& value : json[4].GetArray() ) {
       answered.reading.values.push_back( valueOf( value ) );
    }
-   if ( json.Size() > 5 ) {
-      answered.reading.failure = failureOf( json[5], json[6] );
+   if ( json.Size() > 6 ) {
+      answered.reading.failure = failureOf( json[6], json[7] );
    }
    return answered;
 }

@@ -28,6 +28,8 @@ struct Answered {
    size_t object;
    double seconds;
    Reading reading;
+   /** What an LED was set to; empty where that is not known. */
+   std::string setting;
 };
 
 using Message = std::variant<Started, Unusable, Asked, Answered>;

@@ -188,12 +188,11 @@ void addKind( Families& families, const Snapshot& snapshot, const KindMetrics& k
    }
 }
 
-/** How reading goes, of every object of which there is something to read. */
+/** How reading goes, of every object alike. */
 void addReads( Families& families, const Snapshot& snapshot ) {
    std::vector<ClientMetric> up, failures, durations, times;
    for ( auto& object : snapshot.objects() ) {
-      // ql.h has no callback that reads an LED.
-      if ( !object.answeredAt || object.entry->kind == &ledKind ) {
+      if ( !object.answeredAt ) {
          continue;
       }
       Labels labels { { "kind", std::string( object.entry->kind->name ) }, { "object", object.entry->name } };
@@ -218,6 +217,17 @@ void addReads( Families& families, const Snapshot& snapshot ) {
       "selvane_last_read_timestamp_seconds", "When an object was last read well.", MetricType::Gauge, times );
 }
 
+void addLeds( Families& families, const Snapshot& snapshot ) {
+   std::vector<ClientMetric> settings;
+   for ( auto& object : snapshot.objects() ) {
+      auto setting = snapshot.settingOf( object );
+      if ( !setting.empty() ) {
+         settings.push_back( gauge( { { "led", object.entry->name }, { "setting", setting } }, 1 ) );
+      }
+   }
+   families.add( "selvane_led_setting", "What an LED is set to.", MetricType::Gauge, settings );
+}
+
 } // namespace
 
 std::string metricsOf( const Snapshot& snapshot, const std::string& board ) {
@@ -232,6 +242,7 @@ std::string metricsOf( const Snapshot& snapshot, const std::string& board ) {
    for ( auto& kind : kindMetrics ) {
       addKind( families, snapshot, kind );
    }
+   addLeds( families, snapshot );
    return prometheus::TextSerializer().Serialize( families.all );
 }
 

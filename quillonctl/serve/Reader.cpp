@@ -1,5 +1,6 @@
 #include "Reader.h"
 
+#include "LedSettings.h"
 #include "Surroundings.h"
 
 #include <algorithm>
@@ -13,6 +14,9 @@ namespace {
 /** What a first reading may take: nobody shall wait for all that might be slow. */
 constexpr auto firstRead = 100ms;
 
+/** An LED takes as many reads as its register has bits. */
+constexpr auto ledIntervals = 2;
+
 /** Another process has a PoE controller for as long as a command about a port takes. */
 constexpr auto whileInUse = 20ms;
 
@@ -20,8 +24,13 @@ Reading readObject( void* record, const ObjectEntry& object ) { return object.ki
 
 } // namespace
 
-Reader::Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender )
-   : host_( host ), interval_( interval ), sender_( sender ), turns_( count, { Clock::now(), firstRead } ) {}
+Reader::Reader(
+   Host& host, const std::vector<Subject>& subjects, Clock::duration interval, const Sender& sender )
+   : host_( host ), interval_( interval ), sender_( sender ) {
+   for ( auto& subject : subjects ) {
+      turns_.push_back( { &subject, Clock::now(), firstRead } );
+   }
+}
 
 void Reader::runUntil( Clock::time_point end ) {
    while ( Clock::now() < end ) {
@@ -57,12 +66,30 @@ void Reader::read( Turn& turn ) {
       turn.due = begin + whileInUse;
       return;
    }
+   auto& subject = *turn.subject;
+   auto setting = reading->failure ? "" : readSetting( subject, *reading );
    if ( reading->failure ) {
       lookForServer();
    }
-   auto took = Clock::now() - begin;
-   sender_.send( Answered { object, std::chrono::duration<double>( took ).count(), *reading } );
-   turn = { begin + interval_, took };
+   turn.took = Clock::now() - begin;
+   turn.due = begin + ( subject.bits.empty() ? 1 : ledIntervals ) * interval_;
+   sender_.send( Answered { object, std::chrono::duration<double>( turn.took ).count(), *reading, setting } );
+}
+
+std::string Reader::readSetting( const Subject& led, Reading& reading ) {
+   unsigned code = 0;
+   for ( size_t i = 0; i < led.bits.size(); ++i ) {
+      auto bit = host_.tryWith( led.bits[i], readObject );
+      if ( bit->failure ) {
+         // A register file of the simulation has but some registers of a device.
+         if ( !Surroundings::isSimulation() ) {
+            reading = unreadable( *led.object, readObject, *bit->failure );
+         }
+         return "";
+      }
+      code |= static_cast<unsigned>( std::get<double>( bit->values.front() ) ) << i;
+   }
+   return led.bits.empty() ? "" : settingOfLed( *led.object, static_cast<uint8_t>( code ) );
 }
 
 void Reader::lookForServer() {

@@ -5,6 +5,7 @@
 #include "Host.h"
 #include "ReaderProcess.h"
 
+#include <string>
 #include <vector>
 
 namespace Serve {
@@ -18,13 +19,21 @@ class Reader {
 public:
    using Clock = EventLoop::Clock;
 
-   Reader( Host& host, size_t count, Clock::duration interval, const Sender& sender );
+   /** An object to be read, at its place among those of the host. */
+   struct Subject {
+      const ObjectEntry* object;
+      /** Places of the bits that an LED is read by, bit 0 first. */
+      std::vector<size_t> bits = {};
+   };
+
+   Reader( Host& host, const std::vector<Subject>& subjects, Clock::duration interval, const Sender& sender );
 
    /** Goes on until a time has come. @throw HostError when the SMBus server has gone */
    void runUntil( Clock::time_point end );
 
 private:
    struct Turn {
+      const Subject* subject;
       Clock::time_point due;
       /** The last reading. */
       Clock::duration took;
@@ -33,6 +42,8 @@ private:
    /** The one to be read next of those that are due, or none. */
    Turn* next();
    void read( Turn& turn );
+   /** Reads what an LED was set to, if that can be known. What fails there is a failure of the LED. */
+   std::string readSetting( const Subject& led, Reading& reading );
    /** Where readings fail, looks once in an interval whether the reason is that. @throw HostError */
    void lookForServer();
    /** When another is due. */

@@ -3,6 +3,7 @@
 #include "FrontPanel.h"
 #include "HttpServer.h"
 #include "JsonWriting.h"
+#include "LedSettings.h"
 #include "Metrics.h"
 #include "Output.h"
 #include "Reader.h"
@@ -61,13 +62,33 @@ private:
    int descriptor_;
 };
 
-std::vector<const ObjectEntry*> allOf( const Board& board ) {
-   std::vector<const ObjectEntry*> objects;
-   for ( auto& object : board.objects ) {
-      objects.push_back( &object );
+/** What is asked of the library: the objects of a board, and behind them the bits of its LEDs. */
+struct Wanted {
+   explicit Wanted( const Board& board ) {
+      auto next = board.objects.size();
+      for ( auto& object : board.objects ) {
+         subjects.push_back( { &object } );
+         for ( auto& bit : bitsOfLed( object ) ) {
+            bits.push_back( bit );
+            subjects.back().bits.push_back( next++ );
+         }
+      }
    }
-   return objects;
-}
+
+   std::vector<const ObjectEntry*> objects() const {
+      std::vector<const ObjectEntry*> all;
+      for ( auto& subject : subjects ) {
+         all.push_back( subject.object );
+      }
+      for ( auto& bit : bits ) {
+         all.push_back( &bit );
+      }
+      return all;
+   }
+
+   std::vector<Reader::Subject> subjects;
+   std::vector<ObjectEntry> bits;
+};
 
 /**
  * One thread answers HTTP from the snapshot; another process has the library and fills it. Whatever becomes
@@ -178,19 +199,19 @@ private:
 
    /** In the process that has the library. */
    int read( const Sender& sender ) const {
-      auto objects = allOf( board_ );
+      Wanted wanted( board_ );
       auto work = [&]( Host& host, Supervisor::Progress& progress ) {
          progress.shown.end();
          sender.send( Started {} );
          auto end = host.isComplete() ? Clock::time_point::max() : Clock::now() + retryIntervals * interval_;
-         Reader( host, objects.size(), interval_, sender ).runUntil( end );
+         Reader( host, wanted.subjects, interval_, sender ).runUntil( end );
          return exitGood;
       };
       auto withoutLibrary = [&]( const HostError& error ) {
          sender.send( Unusable { { error.status, error.what() } } );
          return exitFailure;
       };
-      return Session( options_, board_, objects ).run( work, withoutLibrary );
+      return Session( options_, board_, wanted.objects() ).run( work, withoutLibrary );
    }
 
    const Options& options_;

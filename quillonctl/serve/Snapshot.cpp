@@ -24,7 +24,7 @@ double secondsSince( Snapshot::Clock::time_point time ) {
 Snapshot::Snapshot( const std::vector<ObjectEntry>& objects, Clock::duration oldAfter )
    : oldAfter_( oldAfter ) {
    for ( auto& entry : objects ) {
-      objects_.push_back( { &entry, {}, {}, {} } );
+      objects_.push_back( { &entry, {}, {}, {}, {} } );
    }
 }
 
@@ -35,7 +35,9 @@ void Snapshot::take( const Message& message ) {
    } else if ( auto asked = std::get_if<Asked>( &message ) ) {
       busy_ = { asked->object, Clock::now() };
    } else if ( auto answered = std::get_if<Answered>( &message ) ) {
-      take( objects_[answered->object], answered->reading, answered->seconds );
+      auto& object = objects_[answered->object];
+      take( object, answered->reading, answered->seconds );
+      object.setting = answered->setting;
    } else {
       for ( auto& object : objects_ ) {
          auto& failure = std::get<Unusable>( message ).failure;
@@ -56,6 +58,8 @@ StatusLine Snapshot::lineOf( const Object& object ) const {
    }
    return isOld( object ) ? unknown( whyOld() ) : line( object.reading );
 }
+
+std::string Snapshot::settingOf( const Object& object ) const { return isUp( object ) ? object.setting : ""; }
 
 bool Snapshot::isUp( const Object& object ) const {
    return object.answeredAt && !object.reading.failure && !isOld( object );

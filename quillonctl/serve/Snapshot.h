@@ -20,6 +20,8 @@ public:
    struct Object {
       const ObjectEntry* entry;
       Reading reading;
+      /** What an LED was set to, as the last reading tells. */
+      std::string setting;
       /** When the last reading came, good or not; none before the first. */
       std::optional<Clock::time_point> answeredAt;
       /** Seconds since 1970 at the last good reading; none before the first. */
@@ -45,6 +47,8 @@ public:
 
    /** What can be said of an object now: its reading, or that there is none, or that it is old. */
    StatusLine lineOf( const Object& object ) const;
+   /** What an LED is set to; empty where that is not known, or not any more. */
+   std::string settingOf( const Object& object ) const;
    /** Whether the last reading was good, and is not old. */
    bool isUp( const Object& object ) const;
 

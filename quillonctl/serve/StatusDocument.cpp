@@ -34,6 +34,18 @@ void writeAges( Writer& json, const Snapshot& snapshot ) {
    json.EndArray();
 }
 
+/** What LEDs are set to, by name; of those that are not there it is not known. */
+void writeLedSettings( Writer& json, const Snapshot& snapshot ) {
+   json.StartObject();
+   for ( auto& object : snapshot.objects() ) {
+      auto setting = snapshot.settingOf( object );
+      if ( !setting.empty() ) {
+         Json::writeMember( json, object.entry->name.c_str(), setting );
+      }
+   }
+   json.EndObject();
+}
+
 } // namespace
 
 std::string statusDocument(
@@ -54,6 +66,8 @@ std::string statusDocument(
       writeBusy( json, snapshot );
       json.Key( "ages_seconds" );
       writeAges( json, snapshot );
+      json.Key( "led_settings" );
+      writeLedSettings( json, snapshot );
       json.Key( "status" );
       json.RawValue( status.data(), status.size(), rapidjson::kObjectType );
    } );

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <rapidjson/document.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -164,6 +165,7 @@ TEST_F( Serve, TellsEveryKindOfValueInMetrics ) {
       { R"(selvane_poe_port_state{port="port7",state="powered"})", "1" },
       { R"(selvane_poe_port_state{port="port8",state="detecting"})", "1" },
       { R"(selvane_poe_port_state{port="port8",state="requesting dual"})", "0" },
+      { R"(selvane_object_up{kind="led",object="led.port1"})", "1" },
       { starts, "1" },
    };
    for ( auto& [name, value] : rows ) {
@@ -184,7 +186,7 @@ TEST_F( Serve, NeverTellsASeriesTwiceOrAFamilyInPieces ) {
 
    auto answer = ask( port, "GET", "/metrics" );
 
-   EXPECT_GT( seriesOf( answer.body ).size(), 300U ); // and there each is looked at for being the first
+   EXPECT_GT( seriesOf( answer.body ).size(), 600U ); // and there each is looked at for being the first
    std::set<std::string> families;
    std::istringstream lines( answer.body );
    for ( std::string line; std::getline( lines, line ); ) {
@@ -196,11 +198,84 @@ TEST_F( Serve, NeverTellsASeriesTwiceOrAFamilyInPieces ) {
    EXPECT_GT( families.size(), 20U );
 }
 
-TEST_F( Serve, TellsNothingOfLedsThatItDoesNotRead ) {
+TEST_F( Serve, TellsWhatLedsAreSetTo ) {
    serve();
-   metricsOnceThereIs( lastObject );
 
-   EXPECT_THAT( ask( port, "GET", "/metrics" ).body, Not( HasSubstr( "\"led" ) ) );
+   const struct {
+      const char* led;
+      const char* setting;
+      const char* told;
+   } rows[] = {
+      { "led.status", "off", "off" },
+      { "led.status", "good", "good" },
+      { "led.status", "warning", "warning" },
+      { "led.status", "unknown", "unknown" },
+      { "led.status", "beacon", "beacon" },
+      { "led.power", "off", "off" },
+      { "led.power", "good", "good" },
+      { "led.power", "bad", "bad" },
+      { "led.cloud", "off", "off" },
+      { "led.cloud", "good", "good" },
+      { "led.cloud", "warning", "warning" },
+      { "led.fan", "off", "off" },
+      { "led.fan", "good", "good" },
+      { "led.fan", "warning", "warning or bad" },
+      { "led.sfp1", "off", "off" },
+      { "led.sfp1", "good", "good" },
+      { "led.sfp1", "warning", "warning or inactive" },
+      { "led.sfp1", "beacon", "beacon" },
+      { "led.port48", "off", "off" },
+      { "led.port48", "good", "good" },
+      { "led.port48", "warning", "warning or inactive" },
+      { "led.port48", "beacon", "beacon" },
+   };
+
+   for ( auto& [led, setting, told] : rows ) {
+      SCOPED_TRACE( fmt::format( "{} {}", led, setting ) );
+      run( { "led", led, setting } );
+      auto series =
+         metricsOnceThereIs( fmt::format( R"(selvane_led_setting{{led="{}",setting="{}"}})", led, told ) );
+      auto ofTheLed = [&]( auto& one ) {
+         return one.first.starts_with( fmt::format( "selvane_led_setting{{led=\"{}\"", led ) );
+      };
+      EXPECT_EQ( std::count_if( series.begin(), series.end(), ofTheLed ), 1 );
+   }
+   rapidjson::Document document;
+   document.Parse( status().c_str() );
+   EXPECT_STREQ( document["led_settings"]["led.power"].GetString(), "bad" );
+}
+
+TEST_F( Serve, DoesNotKnowWhatAnLedShowsThatNobodyHasSet ) {
+   serve();
+   auto series = metricsOnceThereIs( R"(selvane_object_up{kind="led",object="led.status"})" );
+
+   EXPECT_EQ( series[R"(selvane_object_up{kind="led",object="led.status"})"], "1" );
+   EXPECT_THAT( ask( port, "GET", "/metrics" ).body, Not( HasSubstr( "selvane_led_setting" ) ) );
+   EXPECT_THAT( status(), HasSubstr( R"("led_settings":{},)" ) );
+}
+
+TEST_F( Serve, TakesAnLedThatTheSimulationHasNotForUnknown ) {
+   environment["QUILLONLIB_SIMDIR"] = folder / "simulation";
+   serve( { "--sim", "--interval", "0.1" } );
+   auto up = R"(selvane_object_up{kind="led",object="led.sfp1"})";
+
+   EXPECT_EQ( metricsOnceThereIs( up )[up], "1" );
+   EXPECT_THAT( status(), Not( HasSubstr( "led.sfp1\":\"" ) ) );
+   EXPECT_THAT( run( { "--sim", "led", "led.status", "good" } ).err, "" );
+   metricsOnceThereIs( R"(selvane_led_setting{led="led.status",setting="good"})" );
+}
+
+TEST_F( Serve, TellsNoSettingOfAnLedThatCannotBeRead ) {
+   run( { "led", "led.status", "good" } );
+   serve();
+   auto good = R"(selvane_led_setting{led="led.status",setting="good"})";
+   metricsOnceThereIs( good );
+
+   emu( { "fault", "cpld", "nack" } );
+   auto series = metricsOnceGone( good );
+
+   EXPECT_EQ( series[R"(selvane_object_up{kind="led",object="led.status"})"], "0" );
+   EXPECT_THAT( status(), HasSubstr( "cannot read the bit: " ) );
 }
 
 TEST_F( Serve, HasThePageAndTheStatusDocumentBesideTheMetrics ) {

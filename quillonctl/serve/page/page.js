@@ -48,6 +48,19 @@ function cage() {
       make("path", { stroke: "var(--surface)", "stroke-width": 1.6, d: "M6 14h34" }));
 }
 
+/** How a setting of an LED looks. */
+const ledLooks = {
+   "off": "off", "good": "good", "warning": "warn", "warning or inactive": "warn", "warning or bad": "warn", "bad": "bad",
+   "beacon": "beacon", "unknown": "off",
+};
+
+/** What an LED shows, in a word or two. */
+const ledText = led => led.error ? "failed" : led.setting ?? "not known";
+
+function showLed(element, led) {
+   element.className = `led ${led.error ? "failed" : ledLooks[led.setting] ?? ""}`;
+}
+
 /** A port or a cage, with the LED beside it. */
 function connector(object, picture, kind, numberText) {
    const led = make("span", { class: "led" });
@@ -61,12 +74,12 @@ function connector(object, picture, kind, numberText) {
          const [stateLook, word] = lookOf(now);
          const look = now.state === "ok" && now.rx_los ? "info" : stateLook;
          const ledObject = all.get(`led.${now.name}`);
-         const ledText = !ledObject ? "no LED" : ledObject.error ? "LED failed" : "LED colour not known";
          element.className = `port ${kind} ${look}`;
          led.hidden = !ledObject;
-         led.classList.toggle("failed", Boolean(ledObject?.error));
+         if (ledObject) showLed(led, ledObject);
          say(caption, captionOf(now, word));
-         element.setAttribute("aria-label", `${now.name}: ${describe(now)}; ${ledText}`);
+         element.setAttribute("aria-label", `${now.name}: ${describe(now)}; ${ledObject ? `LED ${ledText(ledObject)}` : "no LED"}`);
+         element.setAttribute("title", ledObject ? `LED ${ledText(ledObject)}` : "no LED");
          element.setAttribute("aria-expanded", String(selected === now.name));
       },
    };
@@ -98,9 +111,9 @@ function lamp(object) {
    return {
       element: make("span", { class: "lamp" }, led, text),
       update(now) {
-         led.classList.toggle("failed", Boolean(now.error));
-         say(text, now.name.replace(/^led\./, "") + (now.error ? ": failed" : ""));
-         led.parentNode.setAttribute("title", now.error ? describe(now) : `${now.name}: colour not known`);
+         showLed(led, now);
+         say(text, `${now.name.replace(/^led\./, "")}: ${ledText(now)}`);
+         led.parentNode.setAttribute("title", now.error ? describe(now) : `${now.name}: ${ledText(now)}`);
       },
    };
 }
@@ -127,7 +140,7 @@ function showDetails(all) {
       "State": object.state, "Module": object.present === null ? "–" : object.present ? "present" : "absent",
       "Transmit fault": yesNo(object.tx_fault), "Loss of signal": yesNo(object.rx_los), "Transmitter off": yesNo(object.tx_disable),
    };
-   facts["LED"] = !led ? "none" : led.error ? "failed" : "colour not known";
+   facts["LED"] = led ? ledText(led) : "none";
    facts["Read"] = object.age === null ? "not yet" : `${age(object.age)} ago`;
    const fact = ([key, value], name = "") => make("div", { class: name }, make("dt", {}, key), make("dd", {}, String(value)));
    $("details").replaceChildren(make("h2", {}, object.name), make("dl", {}, ...Object.entries(facts).map(entry => fact(entry)),
@@ -218,7 +231,7 @@ function draw(objects) {
    const blocks = [];
    for (let i = 0; i < ports.length; i += 12) blocks.push(make("div", { class: "block" }, ...ports.slice(i, i + 12).map(port)));
    const groups = [
-      lamps.length && group("lamps", "System LEDs, colours not known", ...lamps.map(object => add(object, lamp(object)))),
+      lamps.length && group("lamps", "System LEDs", ...lamps.map(object => add(object, lamp(object)))),
       ports.length && group("ports", "PoE ports", ...blocks),
       cages.length && group("block cages", "Transceiver cages", ...cages.map(object => add(object, connector(object, cage(), "cage", object.name)))),
    ].filter(Boolean);
@@ -284,7 +297,7 @@ function notice(text) {
 function show(answer) {
    shown = answer;
    const ages = answer.ages_seconds;
-   const objects = answer.status.objects.map((object, i) => ({ ...object, age: ages[i], state: ages[i] === null ? "waiting" : object.state }));
+   const objects = answer.status.objects.map((object, i) => ({ ...object, age: ages[i], setting: answer.led_settings[object.name], state: ages[i] === null ? "waiting" : object.state }));
    const all = new Map(objects.map(object => [object.name, object]));
    const names = objects.map(object => `${object.kind} ${object.name}`).join();
    if (names !== drawn) {
