@@ -73,13 +73,10 @@ Findings missingFolder( const std::string& folder ) {
 
 Board Board::load( const std::string& folder ) {
    auto findings = missingFolder( folder );
-   std::unique_ptr<JsonFile> topology;
-   std::unique_ptr<JsonFile> objects;
-   if ( findings.empty() ) {
-      topology = JsonFile::load( fs::path( folder ) / "topology.json", findings );
-      objects = JsonFile::load( fs::path( folder ) / "objects.json", findings );
-      Check::documents( topology.get(), objects.get(), findings );
-   }
+   refuse( findings );
+   auto topology = JsonFile::load( fs::path( folder ) / "topology.json", findings );
+   auto objects = JsonFile::load( fs::path( folder ) / "objects.json", findings );
+   Check::documents( topology.get(), objects.get(), findings );
    refuse( findings );
    Board board { boardName( folder ), topology->text(), takeInventory( topology->document() ).cpld()->did,
       {} };

@@ -49,7 +49,7 @@ Reader::Turn* Reader::next() {
    for ( auto& turn : turns_ ) {
       std::chrono::duration<double> waited = now - turn.due;
       auto share = waited / std::max<Clock::duration>( turn.took, 1us );
-      if ( waited >= 0s && share > most ) {
+      if ( waited >= waited.zero() && share > most ) {
          first = &turn;
          most = share;
       }
