@@ -235,9 +235,8 @@ TEST_F( Serve, TellsWhatLedsAreSetTo ) {
       run( { "led", led, setting } );
       auto series =
          metricsOnceThereIs( fmt::format( R"(selvane_led_setting{{led="{}",setting="{}"}})", led, told ) );
-      auto ofTheLed = [&]( auto& one ) {
-         return one.first.starts_with( fmt::format( "selvane_led_setting{{led=\"{}\"", led ) );
-      };
+      auto begin = fmt::format( R"(selvane_led_setting{{led="{}")", led );
+      auto ofTheLed = [&]( auto& one ) { return one.first.starts_with( begin ); };
       EXPECT_EQ( std::count_if( series.begin(), series.end(), ofTheLed ), 1 );
    }
    rapidjson::Document document;
