@@ -141,7 +141,10 @@ private:
          subject_.warning( under( pointer, "driver" ),
             fmt::format( "the topology gives device {} the driver {}", device.did, *driver ) );
       }
-      auto there = device.json->HasMember( "driver" ) ? addressIn( *device.json ) : std::nullopt;
+      if ( !device.json->HasMember( "driver" ) ) {
+         return;
+      }
+      auto there = addressIn( *device.json );
       auto here = addressIn( *object.args );
       if ( there && here && *there != *here ) {
          subject_.warning( under( under( pointer, "address" ), "address" ),
