@@ -56,11 +56,12 @@ bool isIdle( int fd ) {
    return recv( fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT ) < 0 && errno == EAGAIN;
 }
 
-int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
+/** Until the socket takes more. */
+int waitForRoom( int fd, Clock::time_point deadline ) {
    using std::chrono::milliseconds;
    for ( ;; ) {
       auto left = std::max( std::chrono::ceil<milliseconds>( deadline - Clock::now() ), milliseconds( 0 ) );
-      pollfd entry { fd, events, 0 };
+      pollfd entry { fd, POLLOUT, 0 };
       auto ready = poll( &entry, 1, static_cast<int>( left.count() ) );
       if ( ready > 0 ) {
          return 0;
@@ -80,7 +81,7 @@ int sendAll( int fd, std::string_view bytes, Clock::time_point deadline ) {
       if ( sent > 0 ) {
          bytes.remove_prefix( static_cast<size_t>( sent ) );
       } else if ( errno == EAGAIN ) {
-         if ( auto error = waitUntilReady( fd, POLLOUT, deadline ) ) {
+         if ( auto error = waitForRoom( fd, deadline ) ) {
             return error;
          }
       } else if ( errno != EINTR ) {
@@ -110,39 +111,10 @@ size_t frameSize( const std::vector<char>& buffer, size_t received ) {
    return headSize + ntohl( length );
 }
 
-/** Receives what there is, a whole frame at least, to the buffer's start. */
-int receiveFrame( int fd, std::vector<char>& buffer, size_t& received, Clock::time_point deadline ) {
-   received = 0;
-   for ( auto size = headSize; received < size; ) {
-      if ( auto error = waitUntilReady( fd, POLLIN, deadline ) ) {
-         return error;
-      }
-      auto count = recv( fd, buffer.data() + received, buffer.size() - received, MSG_DONTWAIT );
-      if ( count == 0 ) {
-         return ECONNRESET;
-      }
-      if ( count < 0 && errno != EINTR && errno != EAGAIN ) {
-         return errno;
-      }
-      received += static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
-      size = frameSize( buffer, received );
-      if ( size > headSize + maxPayload ) {
-         return EMSGSIZE;
-      }
-      buffer.resize( std::max( buffer.size(), size ) );
-   }
-   return 0;
-}
-
-/** Bounds a blocking connect: 0, or ETIMEDOUT when no time is left. */
-int setConnectLimit( int fd, Clock::duration left ) {
-   using std::chrono::microseconds;
-   auto count = std::chrono::ceil<microseconds>( left ).count();
-   if ( count <= 0 ) {
-      return ETIMEDOUT;
-   }
-   timeval limit { count / std::micro::den, count % std::micro::den };
-   return setsockopt( fd, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof( limit ) ) == 0 ? 0 : errno;
+/** How long a socket may block in a connect or send (SO_SNDTIMEO) or a receive (SO_RCVTIMEO). */
+int setLimit( int fd, int option, std::chrono::microseconds limit ) {
+   timeval value { limit.count() / std::micro::den, limit.count() % std::micro::den };
+   return setsockopt( fd, SOL_SOCKET, option, &value, sizeof( value ) ) == 0 ? 0 : errno;
 }
 
 } // namespace
@@ -191,13 +163,18 @@ int QLSocket::connect( Deadline deadline ) {
    path.copy( address.sun_path, path.size() );
 
    fd_ = socket( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0 );
+   receiveLimit_ = {};
    if ( fd_ < 0 ) {
       return errno;
    }
    // A non-blocking connect has nothing to poll for while the server's queue of clients is full; a blocking
    // one with a send timeout is woken as soon as there is room, and tells EAGAIN when the time is over.
    do {
-      if ( auto error = setConnectLimit( fd_, deadline - Clock::now() ) ) {
+      auto left = std::chrono::ceil<std::chrono::microseconds>( deadline - Clock::now() );
+      if ( left <= left.zero() ) {
+         return ETIMEDOUT;
+      }
+      if ( auto error = setLimit( fd_, SO_SNDTIMEO, left ) ) {
          return error;
       }
       if ( ::connect( fd_, reinterpret_cast<sockaddr*>( &address ), sizeof( address ) ) == 0 ) {
@@ -224,7 +201,7 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_vi
       return error;
    }
    size_t received = 0;
-   if ( auto error = receiveFrame( fd_, buffer_, received, deadline ) ) {
+   if ( auto error = receiveFrame( received, deadline ) ) {
       return error;
    }
    auto size = frameSize( buffer_, received );
@@ -234,6 +211,42 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_vi
    }
    reply = { buffer_.data() + headSize, size - headSize };
    return 0;
+}
+
+int QLSocket::receiveFrame( size_t& received, Deadline deadline ) {
+   received = 0;
+   for ( auto size = headSize; received < size; ) {
+      if ( auto error = limitReceive( deadline ) ) {
+         return error;
+      }
+      auto count = recv( fd_, buffer_.data() + received, buffer_.size() - received, 0 );
+      if ( count == 0 ) {
+         return ECONNRESET;
+      }
+      if ( count < 0 && errno != EINTR && errno != EAGAIN ) {
+         return errno;
+      }
+      received += static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
+      size = frameSize( buffer_, received );
+      if ( size > headSize + maxPayload ) {
+         return EMSGSIZE;
+      }
+      buffer_.resize( std::max( buffer_.size(), size ) );
+   }
+   return 0;
+}
+
+int QLSocket::limitReceive( Deadline deadline ) {
+   using std::chrono::milliseconds;
+   auto left = std::chrono::ceil<milliseconds>( deadline - Clock::now() );
+   if ( left <= left.zero() ) {
+      return ETIMEDOUT;
+   }
+   if ( left == receiveLimit_ ) {
+      return 0;
+   }
+   receiveLimit_ = left;
+   return setLimit( fd_, SO_RCVTIMEO, left );
 }
 
 int QLSocket::fail( int error ) {

@@ -66,11 +66,17 @@ private:
    // the payload, in the buffer.
    int connect( Deadline deadline );
    int exchange( const Smbus::TransactionRequest& request, std::string_view& reply );
+   // Receives what there is, a whole frame at least, to the buffer's start.
+   int receiveFrame( size_t& received, Deadline deadline );
+   // Has a receive block no longer than is left.
+   int limitReceive( Deadline deadline );
 
    // Drops the connection and sets errno. Returns -1.
    int fail( int error );
 
    int fd_ = -1;
+   // What the socket has. In steps of a millisecond it is mostly the same again, and costs no system call.
+   std::chrono::milliseconds receiveLimit_ {};
    // The frame that goes out, then the one that comes in.
    std::vector<char> buffer_;
 };
