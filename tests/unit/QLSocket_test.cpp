@@ -171,8 +171,8 @@ TEST_F( QLSocket, RequestAndReplyCrossUnchanged ) {
    ASSERT_EQ( ask( request ), "OK" );
 
    ASSERT_EQ( server.requests().size(), 1U );
-   EXPECT_EQ( server.requests().front().DebugString(), request.DebugString() );
-   EXPECT_EQ( answer->DebugString(), response.DebugString() );
+   EXPECT_EQ( server.requests().front().SerializeAsString(), request.SerializeAsString() );
+   EXPECT_EQ( answer->SerializeAsString(), response.SerializeAsString() );
 }
 
 TEST_F( QLSocket, FrameIsABigEndianLengthAndTheMessage ) {
