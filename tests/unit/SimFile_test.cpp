@@ -4,6 +4,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdarg>
+#include <vector>
+
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +16,24 @@ using Host::TraceLine;
 using testing::ElementsAre;
 using testing::Pair;
 using Utils::ExpectedVal;
+
+namespace {
+
+/** How files were opened. */
+std::vector<int> openings;
+
+} // namespace
+
+// In front of the C library's.
+extern "C" int open( const char* path, int flags, ... ) {
+   va_list mode;
+   va_start( mode, flags );
+   openings.push_back( flags );
+   auto next = reinterpret_cast<decltype( &open )>( dlsym( RTLD_NEXT, "open" ) );
+   auto file = next( path, flags, va_arg( mode, mode_t ) );
+   va_end( mode );
+   return file;
+}
 
 namespace {
 
@@ -250,16 +273,27 @@ TEST_F( SimFile, LeavesAMappingBehindForEachAccess ) {
    EXPECT_EQ( mappings(), before + 2 );
 }
 
-TEST_F( SimFile, ClosesTheFileAfterEachAccess ) {
+TEST_F( SimFile, ClosesWhatItOpens ) {
    auto descriptors = [] {
       auto entries = std::filesystem::directory_iterator( "/proc/self/fd" );
       return std::distance( begin( entries ), end( entries ) );
    };
-   expectThreeWords();
    auto before = descriptors();
+   expectThreeWords();
+   EXPECT_EQ( descriptors(), before );
    read( 0, 4 );
+   EXPECT_EQ( descriptors(), before );
    write( 0, "0000" );
    EXPECT_EQ( descriptors(), before );
+}
+
+// A program that another thread starts meanwhile must not hold the file, and with it the lock.
+TEST_F( SimFile, IsNotInheritedByOtherPrograms ) {
+   expectThreeWords();
+   openings.clear();
+   read( 0, 4 );
+   write( 0, "0000" );
+   EXPECT_THAT( openings, ElementsAre( O_RDONLY | O_CLOEXEC, O_RDWR | O_CLOEXEC ) );
 }
 
 namespace {
