@@ -13,6 +13,14 @@ foreach( type RELEASE RELWITHDEBINFO MINSIZEREL )
    endforeach()
 endforeach()
 
+# What is given to others is the same wherever it was built: assertions and debug information name sources from the
+# root of the tree on.
+foreach( type RELEASE RELWITHDEBINFO MINSIZEREL )
+   foreach( language C CXX )
+      string( APPEND CMAKE_${language}_FLAGS_${type} " -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=" )
+   endforeach()
+endforeach()
+
 set( QUILLON_SANITIZE "" CACHE STRING "Sanitizers for all targets, as given to -fsanitize=" )
 option( QUILLON_COVERAGE "Instrument for gcov" OFF )
 option( QUILLON_WERROR "Treat warnings as errors" ON )
