@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cerrno>
+#include <cstring>
 #include <iostream>
 #include <map>
 
@@ -48,6 +50,15 @@ int refuse( const std::string& why ) {
    return usageError;
 }
 
+/** @return the exit status of a program that had something to tell */
+int checkOutput() {
+   if ( std::cout.flush() ) {
+      return 0;
+   }
+   std::cerr << "quillon-smbusd: cannot write the output: " << strerror( errno ) << "\n";
+   return 1;
+}
+
 } // namespace
 
 std::variant<Options, int> parseCommandLine( int argc, const char* const* argv ) {
@@ -57,7 +68,8 @@ std::variant<Options, int> parseCommandLine( int argc, const char* const* argv )
    try {
       app.parse( argc, argv );
    } catch ( const CLI::Success& success ) {
-      return app.exit( success );
+      app.exit( success );
+      return checkOutput();
    } catch ( const CLI::ParseError& error ) {
       return refuse( error.what() );
    }

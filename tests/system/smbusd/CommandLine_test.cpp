@@ -127,3 +127,13 @@ TEST( SmbusServerCommandLine, TellsTheUsage ) {
    EXPECT_THAT( result.out, testing::HasSubstr( "Usage: quillon-smbusd" ) );
    EXPECT_EQ( result.exitStatus, 0 );
 }
+
+TEST( SmbusServerCommandLine, FailsWhereNobodyTakesWhatItTells ) {
+   for ( auto option : { "--help", "--version" } ) {
+      auto result =
+         Process( { "/bin/sh", "-c", "exec \"$0\" \"$1\" >/dev/full", QUILLON_SMBUSD, option }, plain )
+            .wait();
+      EXPECT_EQ( result.err, "quillon-smbusd: cannot write the output: No space left on device\n" ) << option;
+      EXPECT_EQ( result.exitStatus, 1 ) << option;
+   }
+}
