@@ -36,49 +36,52 @@ ql_status loadTopology( const char* text ) {
    return QL_STATUS_OK;
 }
 
-void fillAddressFromJSON( const rapidjson::Value& value, HamAddress& addr ) {
+void fillAddressFromJSON( const rapidjson::Value& json, HamAddress& addr ) {
+   Json::Object value( json );
    assert( value.IsObject() );
    assert( value.HasMember( "address" ) );
    addr = {};
    addr.addrSize = 1;
-   addr.address = Json::at( value, "address" ).GetUint() & 0x7F;
-   if ( auto delay = Json::find( value, "writeDelay" ) ) {
+   addr.address = value["address"].GetUint() & 0x7F;
+   if ( auto delay = value.find( "writeDelay" ) ) {
       addr.writeDelay = delay->GetUint() & 3;
    }
-   if ( auto delay = Json::find( value, "readDelay" ) ) {
+   if ( auto delay = value.find( "readDelay" ) ) {
       addr.readDelay = delay->GetUint() & 3;
    }
-   if ( auto timeout = Json::find( value, "busTimeout" ) ) {
+   if ( auto timeout = value.find( "busTimeout" ) ) {
       addr.busTimeout = timeout->GetUint() & 7;
    }
-   if ( auto delay = Json::find( value, "extraDelay" ) ) {
+   if ( auto delay = value.find( "extraDelay" ) ) {
       addr.extraDelay = delay->GetUint() & 1;
    }
-   if ( auto size = Json::find( value, "addrSize" ) ) {
+   if ( auto size = value.find( "addrSize" ) ) {
       addr.addrSize = size->GetUint() & 3;
       // The stored field decides, so a size of 4 does not pass: it has been cut to 0.
       assert( addr.addrSize == 1 || addr.addrSize == 2 || addr.addrSize == 4 );
    }
-   if ( auto accelerator = Json::find( value, "accel" ) ) {
+   if ( auto accelerator = value.find( "accel" ) ) {
       addr.accelerator = accelerator->GetUint() & 0x7F;
    }
-   if ( auto noStop = Json::find( value, "writeNoStopReadCurrent" ) ) {
+   if ( auto noStop = value.find( "writeNoStopReadCurrent" ) ) {
       addr.writeNoStopReadCurrent = noStop->GetBool();
    }
 }
 
-void Node::init( const std::shared_ptr<Node>& node, const rapidjson::Value& json ) {
-   if ( auto label = Json::find( json, "label" ) ) {
-      _topology_index[Json::text( *label )] = node;
+void Node::init( const std::shared_ptr<Node>& node, const rapidjson::Value& value ) {
+   Json::Object json( value );
+   if ( auto label = json.find( "label" ) ) {
+      _topology_index.insert_or_assign( Json::text( *label ), node );
    }
 }
 
-std::shared_ptr<Component> Component::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<Component> Component::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto component = std::make_shared<Component>();
    assert( json.IsObject() );
    assert( json.HasMember( "uid" ) );
-   component->uid = Json::at( json, "uid" ).GetUint();
-   Node::init( component, json );
+   component->uid = json["uid"].GetUint();
+   Node::init( component, value );
    return component;
 }
 
@@ -99,26 +102,28 @@ void appendAll( std::vector<std::shared_ptr<Child>>& children, const rapidjson::
 
 } // namespace
 
-std::shared_ptr<Device> Device::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<Device> Device::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto device = std::make_shared<Device>();
    assert( json.IsObject() );
    assert( json.HasMember( "did" ) );
-   device->did = Json::at( json, "did" ).GetUint();
-   Node::init( device, json );
-   if ( Json::find( json, "driver" ) ) {
-      device->args = Drivers::DriverArgs::fromJSON( json );
+   device->did = json["did"].GetUint();
+   Node::init( device, value );
+   if ( json.find( "driver" ) ) {
+      device->args = Drivers::DriverArgs::fromJSON( value );
    }
-   appendAll( device->components, Json::find( json, "components" ) );
+   appendAll( device->components, json.find( "components" ) );
    return device;
 }
 
-std::shared_ptr<Mux> Mux::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<Mux> Mux::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto mux = std::make_shared<Mux>();
    assert( json.IsObject() );
    assert( json.HasMember( "did" ) );
-   Node::init( mux, json );
-   mux->did = Json::at( json, "did" ).GetUint();
-   if ( auto busses = Json::find( json, "busses" ) ) {
+   Node::init( mux, value );
+   mux->did = json["did"].GetUint();
+   if ( auto busses = json.find( "busses" ) ) {
       for ( auto it = busses->Begin(); it != busses->End(); ++it ) {
          assert( it->IsObject() );
          auto bus = Bus::fromJSON( *it );
@@ -134,23 +139,25 @@ std::shared_ptr<Bus> Bus::fromJSON( const rapidjson::Value& json ) {
    return bus;
 }
 
-void Bus::init( const std::shared_ptr<Bus>& bus, const rapidjson::Value& json ) {
+void Bus::init( const std::shared_ptr<Bus>& bus, const rapidjson::Value& value ) {
+   Json::Object json( value );
    assert( json.IsObject() );
    assert( json.HasMember( "id" ) );
-   Node::init( bus, json );
-   bus->id = static_cast<uint32_t>( Json::at( json, "id" ).GetInt() );
-   appendAll( bus->devices, Json::find( json, "devices" ) );
-   appendAll( bus->muxes, Json::find( json, "muxes" ) );
+   Node::init( bus, value );
+   bus->id = static_cast<uint32_t>( json["id"].GetInt() );
+   appendAll( bus->devices, json.find( "devices" ) );
+   appendAll( bus->muxes, json.find( "muxes" ) );
 }
 
-std::shared_ptr<Accelerator> Accelerator::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<Accelerator> Accelerator::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto accel = std::make_shared<Accelerator>();
    assert( json.IsObject() );
    assert( json.HasMember( "id" ) );
-   Node::init( accel, json );
-   accel->id = Json::at( json, "id" ).GetUint();
+   Node::init( accel, value );
+   accel->id = json["id"].GetUint();
    if ( json.HasMember( "busses" ) ) {
-      auto& busses = Json::at( json, "busses" );
+      auto& busses = json["busses"];
       assert( busses.IsArray() );
       for ( auto& element : busses.GetArray() ) {
          auto bus = Bus::fromJSON( element );
@@ -161,14 +168,15 @@ std::shared_ptr<Accelerator> Accelerator::fromJSON( const rapidjson::Value& json
    return accel;
 }
 
-std::shared_ptr<SCD> SCD::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<SCD> SCD::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto scd = std::make_shared<SCD>();
-   Node::init( scd, json );
+   Node::init( scd, value );
    assert( json.IsObject() );
    assert( json.HasMember( "pci" ) );
-   scd->pci = Json::at( json, "pci" ).GetUint();
+   scd->pci = json["pci"].GetUint();
    if ( json.HasMember( "accelerators" ) ) {
-      auto& accels = Json::at( json, "accelerators" );
+      auto& accels = json["accelerators"];
       assert( accels.IsArray() );
       for ( auto& element : accels.GetArray() ) {
          auto accel = Accelerator::fromJSON( element );
@@ -179,11 +187,12 @@ std::shared_ptr<SCD> SCD::fromJSON( const rapidjson::Value& json ) {
    return scd;
 }
 
-std::shared_ptr<Celestica> Celestica::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<Celestica> Celestica::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto cel = std::make_shared<Celestica>();
-   Node::init( cel, json );
+   Node::init( cel, value );
    if ( json.HasMember( "accelerators" ) ) {
-      auto& accels = Json::at( json, "accelerators" );
+      auto& accels = json["accelerators"];
       assert( accels.IsArray() );
       for ( auto& element : accels.GetArray() ) {
          auto accel = Accelerator::fromJSON( element );
@@ -194,21 +203,23 @@ std::shared_ptr<Celestica> Celestica::fromJSON( const rapidjson::Value& json ) {
    return cel;
 }
 
-std::shared_ptr<LinuxFs> LinuxFs::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<LinuxFs> LinuxFs::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto linuxFs = std::make_shared<LinuxFs>();
-   Node::init( linuxFs, json );
-   appendAll( linuxFs->devices, Json::find( json, "devices" ) );
+   Node::init( linuxFs, value );
+   appendAll( linuxFs->devices, json.find( "devices" ) );
    return linuxFs;
 }
 
-std::shared_ptr<FbDomFpga> FbDomFpga::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<FbDomFpga> FbDomFpga::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto fbdomfpga = std::make_shared<FbDomFpga>();
-   Node::init( fbdomfpga, json );
+   Node::init( fbdomfpga, value );
    assert( json.IsObject() );
    assert( json.HasMember( "pci" ) );
-   fbdomfpga->pci = Json::at( json, "pci" ).GetUint();
+   fbdomfpga->pci = json["pci"].GetUint();
    if ( json.HasMember( "busses" ) ) {
-      auto& busses = Json::at( json, "busses" );
+      auto& busses = json["busses"];
       assert( busses.IsArray() );
       for ( auto& element : busses.GetArray() ) {
          auto bus = Bus::fromJSON( element );
@@ -219,12 +230,13 @@ std::shared_ptr<FbDomFpga> FbDomFpga::fromJSON( const rapidjson::Value& json ) {
    return fbdomfpga;
 }
 
-std::shared_ptr<I2C> I2C::fromJSON( const rapidjson::Value& json ) {
+std::shared_ptr<I2C> I2C::fromJSON( const rapidjson::Value& value ) {
+   Json::Object json( value );
    auto i2c = std::make_shared<I2C>();
-   if ( auto simulated = Json::find( json, "simulated" ) ) {
+   if ( auto simulated = json.find( "simulated" ) ) {
       i2c->simulated = simulated->GetBool();
    }
-   Bus::init( i2c, json );
+   Bus::init( i2c, value );
    return i2c;
 }
 
@@ -270,7 +282,7 @@ constexpr MediumType mediumTypes[] = {
 };
 
 std::shared_ptr<MediumNode> mediumFromJSON( const rapidjson::Value& json ) {
-   auto name = Json::text( Json::at( json, "type" ) );
+   auto name = Json::text( Json::Object( json )["type"] );
    for ( auto& type : mediumTypes ) {
       if ( name == type.name ) {
          return type.make( json );
@@ -290,7 +302,7 @@ Topology* Topology::fromJSON( const rapidjson::Value& json ) {
       assert( it->HasMember( "type" ) );
       assert( it->HasMember( "ham" ) );
       auto medium = mediumFromJSON( *it );
-      medium->ham = Json::text( Json::at( *it, "ham" ) );
+      medium->ham = Json::text( Json::Object( *it )["ham"] );
       tree->nodes.push_back( medium );
    }
    return tree.release();

@@ -99,7 +99,7 @@ std::string deviceName( const DriverArgs& args ) {
    rapidjson::Document document;
    document.Parse( args.jsonText );
    assert( document.IsObject() );
-   auto name = Json::find( document, "name" );
+   auto name = Json::Object( document ).find( "name" );
    return name ? Json::text( *name ) : "";
 }
 

@@ -49,38 +49,39 @@ std::string flatten( const rapidjson::Value& value ) {
 
 } // namespace
 
-void DriverArgs::parseJSON( const rapidjson::Value& json ) {
+void DriverArgs::parseJSON( const rapidjson::Value& object ) {
+   Json::Object json( object );
    assert( json.IsObject() );
    assert( json.HasMember( "did" ) );
    assert( json.HasMember( "driver" ) );
 
-   auto multiDevice = Json::find( json, "isMultiDevice" );
+   auto multiDevice = json.find( "isMultiDevice" );
    isMultiDevice = multiDevice && multiDevice->GetBool();
    if ( isMultiDevice ) {
       assert( json.HasMember( "multiDeviceArgs" ) );
    } else {
       assert( json.HasMember( "address" ) );
-      Topology::fillAddressFromJSON( Json::at( json, "address" ), address );
+      Topology::fillAddressFromJSON( json["address"], address );
    }
 
-   auto wantsHam = Json::find( json, "provideHam" );
+   auto wantsHam = json.find( "provideHam" );
    provideHam = !wantsHam || wantsHam->GetUint() != 0;
-   auto component = Json::find( json, "uid" );
+   auto component = json.find( "uid" );
    uid = component ? component->GetUint() : noUid;
-   did = Json::at( json, "did" ).GetUint();
-   if ( auto& name = Json::at( json, "driver" ); !name.IsNull() ) {
+   did = json["did"].GetUint();
+   if ( auto& name = json["driver"]; !name.IsNull() ) {
       driver = Json::text( name );
    }
 
-   if ( auto values = Json::find( json, "driverArgs" ); values && !values->IsNull() ) {
+   if ( auto values = json.find( "driverArgs" ); values && !values->IsNull() ) {
       for ( auto& [key, value] : values->GetObject() ) {
          if ( !value.IsNull() ) {
-            driverArgs[Json::text( key )] = flatten( value );
+            driverArgs.insert_or_assign( Json::text( key ), flatten( value ) );
          }
       }
    }
    if ( isMultiDevice ) {
-      for ( auto& [key, value] : Json::at( json, "multiDeviceArgs" ).GetObject() ) {
+      for ( auto& [key, value] : json["multiDeviceArgs"].GetObject() ) {
          assert( value.IsString() );
          multiDeviceArgs[Json::text( key )] = Json::text( value );
       }
