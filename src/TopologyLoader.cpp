@@ -15,8 +15,10 @@ ql_status loadTopology( const char* text ) {
       return QL_STATUS_OK;
    }
    ql_trace( 2, "loading topology json" );
+   // The document's strings stay in the text, which they change.
+   std::string copy = text;
    rapidjson::Document document;
-   document.Parse( text );
+   document.ParseInsitu( copy.data() );
    if ( document.HasParseError() ) {
       ql_trace( 2, "failed to load topology from json: %s offset %zd",
          rapidjson::GetParseError_En( document.GetParseError() ), document.GetErrorOffset() );
