@@ -9,12 +9,12 @@ std::string _topology_json;
 namespace {
 
 template <typename Child>
-const Node* childOf( const std::shared_ptr<Child>& child ) {
+const Child* childOf( const std::shared_ptr<Child>& child ) {
    return child.get();
 }
 
 template <typename Child>
-const Node* childOf( const std::pair<const uint32_t, std::shared_ptr<Child>>& entry ) {
+const Child* childOf( const std::pair<const uint32_t, std::shared_ptr<Child>>& entry ) {
    return entry.second.get();
 }
 

@@ -46,7 +46,7 @@ public:
 };
 
 /** A sub-addressable element of a device. */
-class Component : public Node {
+class Component final : public Node {
 public:
    bool accept( TopologyVisitor* visitor ) const override;
    static std::shared_ptr<Component> fromJSON( const rapidjson::Value& json );
@@ -54,7 +54,7 @@ public:
    uint32_t uid = 0;
 };
 
-class Device : public Node {
+class Device final : public Node {
 public:
    bool accept( TopologyVisitor* visitor ) const override;
    static std::shared_ptr<Device> fromJSON( const rapidjson::Value& json );
