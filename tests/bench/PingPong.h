@@ -20,6 +20,8 @@ public:
    /** One question and its answer. @return whether it came whole */
    bool ask();
 
+   pid_t answerer() const { return answerer_; }
+
 private:
    std::vector<char> request_;
    std::vector<char> reply_;

@@ -1,41 +1,19 @@
 #include "StackBenchmarks.h"
 
-#include "Ham/QuillonSmbusHam.h"
-#include "PingPong.h"
 #include "Quillon.h"
+#include "Transactions.h"
 
-#include <benchmark/benchmark.h>
+#include <fmt/format.h>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr size_t frameHead = 4;
 constexpr int clients = 8;
-/** Many short runs: some of them meet a moment in which nothing else disturbs the machine. */
-constexpr int shortRuns = 40;
-constexpr double shortTime = 0.01;
 
-Ham::QuillonSmbusHam* sensorHam() {
-   HamAddress address {};
-   address.address = 0x48;
-   address.bus = 3;
-   static auto ham =
-      static_cast<Ham::QuillonSmbusHam*>( Ham::QuillonSmbusHam::createFromAddress( address, { 0 } ) );
-   return ham;
-}
-
-/** One batch of so many reads of the temperature. */
-bool readBatch( int reads ) {
-   auto ham = sensorHam();
-   ham->prepare();
-   Ham::Ham::ResponseId last = 0;
-   for ( int i = 0; i < reads; ++i ) {
-      last = ham->addRead16( 0, 1 );
-   }
-   return ham->execute() == QL_STATUS_OK && ham->get16( last ) != 0;
-}
+/** Transactions of all clients together. */
+constexpr int transactionsOf( bool smoke ) { return smoke ? 80 : 8000; }
 
 ql_temp_sensor* sensor() {
    static auto added = [] {
@@ -57,15 +35,10 @@ void readRegister( benchmark::State& state ) {
    }
 }
 
-/** The bare exchange of as many bytes as a register read takes. */
 void pingPong( benchmark::State& state ) {
-   if ( !readBatch( 1 ) ) {
-      return state.SkipWithError( "the register is not read" );
-   }
-   PingPong bare(
-      frameHead + sensorHam()->request_.ByteSizeLong(), frameHead + sensorHam()->response_.ByteSizeLong() );
+   auto bare = pingPongOfOneRead();
    for ( auto _ : state ) {
-      if ( !bare.ask() ) {
+      if ( !bare->ask() ) {
          return state.SkipWithError( "there is no answer" );
       }
    }
@@ -79,15 +52,15 @@ void batch( benchmark::State& state, int reads ) {
    }
 }
 
-/** As many exchanges in all for each round, shared by so many clients at once. */
-void atOnce( benchmark::State& state, int processes, int exchanges ) {
+/** As many transactions in all for each round, shared by so many clients at once. */
+void atOnce( benchmark::State& state, int processes, int transactions ) {
    for ( auto _ : state ) {
       for ( int i = 0; i < processes; ++i ) {
          if ( fork() == 0 ) {
             // A connection of its own.
             _qlSock->cleanup();
             bool good = true;
-            for ( int n = 0; n < exchanges / processes; ++n ) {
+            for ( int n = 0; n < transactions / processes; ++n ) {
                good = good && readBatch( 1 );
             }
             _exit( good ? 0 : 1 );
@@ -105,30 +78,33 @@ void atOnce( benchmark::State& state, int processes, int exchanges ) {
 
 } // namespace
 
-std::vector<Comparison> registerStackBenchmarks( bool smoke ) {
-   auto add = []( const char* name, auto function, auto... args ) {
-      return benchmark::RegisterBenchmark( name, function, args... )
+void registerStackBenchmarks( bool smoke ) {
+   // The socket is connected before the first benchmark.
+   sensor();
+   addShortRuns( "bare ping-pong", smoke, pingPong )->UseRealTime();
+   addShortRuns( "read a register", smoke, readRegister )->UseRealTime();
+   addShortRuns( "batch of 1 read", smoke, []( auto& state ) { batch( state, 1 ); } )->UseRealTime();
+   addShortRuns( "batch of 64 reads", smoke, []( auto& state ) { batch( state, 64 ); } )->UseRealTime();
+   for ( auto count : { 1, clients } ) {
+      benchmark::RegisterBenchmark( fmt::format( "clients at once/{}", count ).c_str(),
+         [=]( auto& state ) { atOnce( state, count, transactionsOf( smoke ) ); } )
          ->UseRealTime()
-         ->Repetitions( repetitions );
-   };
-   auto addShort = [&]( auto... args ) {
-      auto added = add( args... );
-      if ( !smoke ) {
-         added->Repetitions( shortRuns )->MinTime( shortTime );
+         ->Iterations( 1 )
+         ->Repetitions( smoke ? 1 : 20 );
+   }
+}
+
+std::vector<Row> stackRows( bool smoke, const Times& times ) {
+   std::vector<Row> rows;
+   auto add = [&]( const char* label, const char* name, const char* baseline, auto figure,
+                 std::optional<double> wanted ) {
+      if ( times.has( name ) && times.has( baseline ) ) {
+         rows.push_back( { label, figure( times.wall( name ) ), figure( times.wall( baseline ) ), wanted } );
       }
    };
-   int exchanges = smoke ? 80 : 8000;
-   sensor();
-   addShort( "bare ping-pong", pingPong );
-   addShort( "read a register", readRegister );
-   addShort( "batch of 1 read", batch, 1 );
-   addShort( "batch of 64 reads", batch, 64 );
-   add( "exchanges of 1 client", atOnce, 1, exchanges );
-   add( "exchanges of 8 clients at once", atOnce, clients, exchanges );
-   return {
-      { "bare ping-pong", "", {} },
-      { "read a register", "bare ping-pong", 1.5 },
-      { "batch of 64 reads", "batch of 1 read", 3 },
-      { "exchanges of 8 clients at once", "exchanges of 1 client", {} },
-   };
+   auto rate = [=]( double time ) { return perSecond( transactionsOf( smoke ) / time ); };
+   add( "read a register, to a bare ping-pong", "read a register", "bare ping-pong", inSeconds, 1.25 );
+   add( "batch of 64 reads, to a batch of 1", "batch of 64 reads", "batch of 1 read", inSeconds, 2 );
+   add( "transactions of 8 clients, to those of 1", "clients at once/8", "clients at once/1", rate, {} );
+   return rows;
 }

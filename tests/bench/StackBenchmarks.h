@@ -1,10 +1,12 @@
 #ifndef BENCH_STACK_BENCHMARKS_H
 #define BENCH_STACK_BENCHMARKS_H
 
-#include "Benchmarks.h"
+#include "Times.h"
 
-/** Registers what is measured through a server at QUILLON_SMBUS_SOCKET, with the sensor "inlet" on bus 3 at
- * 0x48. */
-std::vector<Comparison> registerStackBenchmarks( bool smoke );
+#include <vector>
+
+/** Registers what is measured from the library through the server to the sensor and back, in wall time. */
+void registerStackBenchmarks( bool smoke );
+std::vector<Row> stackRows( bool smoke, const Times& times );
 
 #endif

@@ -96,5 +96,5 @@ std::string flatTopologyText( int count ) {
       devices.push_back( fmt::format( R"({{"did": {}}})", did ) );
    }
    return fmt::format(
-      R"([{{"type": "I2C", "ham": "QuillonSmbus", "id": 0, "devices": {}}}])", array( devices ) );
+      R"([{{"type": "I2C", "ham": "QuillonSmbus", "id": 3, "devices": {}}}])", array( devices ) );
 }

@@ -13,7 +13,7 @@
  */
 std::string topologyText( int devices, int pci );
 
-/** A plain bus with devices of the ids from 1 and nothing else. */
+/** An I2C medium, bus 3, with devices of the ids from 1 and nothing else. */
 std::string flatTopologyText( int devices );
 
 #endif
