@@ -1,5 +1,6 @@
 #include "StackBenchmarks.h"
 
+#include "Placement.h"
 #include "Quillon.h"
 #include "Transactions.h"
 
@@ -25,7 +26,8 @@ ql_temp_sensor* sensor() {
    return added;
 }
 
-void readRegister( benchmark::State& state ) {
+void readRegister( benchmark::State& state, pid_t server, Placed placed ) {
+   Placement placement( server, placed );
    auto inlet = sensor();
    for ( auto _ : state ) {
       float degrees = 0;
@@ -35,8 +37,9 @@ void readRegister( benchmark::State& state ) {
    }
 }
 
-void pingPong( benchmark::State& state ) {
+void pingPong( benchmark::State& state, Placed placed ) {
    auto bare = pingPongOfOneRead();
+   Placement placement( bare->answerer(), placed );
    for ( auto _ : state ) {
       if ( !bare->ask() ) {
          return state.SkipWithError( "there is no answer" );
@@ -44,7 +47,8 @@ void pingPong( benchmark::State& state ) {
    }
 }
 
-void batch( benchmark::State& state, int reads ) {
+void batch( benchmark::State& state, pid_t server, Placed placed, int reads ) {
+   Placement placement( server, placed );
    for ( auto _ : state ) {
       if ( !readBatch( reads ) ) {
          return state.SkipWithError( "the batch is not read" );
@@ -76,15 +80,32 @@ void atOnce( benchmark::State& state, int processes, int transactions ) {
    }
 }
 
+struct Place {
+   Placed placed;
+   const char* name;
+};
+
+constexpr Place places[] = { { Placed::Together, "on one processor" }, { Placed::Apart, "on two" } };
+
 } // namespace
 
-void registerStackBenchmarks( bool smoke ) {
+void registerStackBenchmarks( pid_t server, bool smoke ) {
    // The socket is connected before the first benchmark.
    sensor();
-   addShortRuns( "bare ping-pong", smoke, pingPong )->UseRealTime();
-   addShortRuns( "read a register", smoke, readRegister )->UseRealTime();
-   addShortRuns( "batch of 1 read", smoke, []( auto& state ) { batch( state, 1 ); } )->UseRealTime();
-   addShortRuns( "batch of 64 reads", smoke, []( auto& state ) { batch( state, 64 ); } )->UseRealTime();
+   for ( auto [placed, where] : places ) {
+      if ( !isPossible( placed ) ) {
+         continue;
+      }
+      auto add = [&, where = where]( const char* name, auto function, auto... args ) {
+         addShortRuns( fmt::format( "{} {}", name, where ), smoke, [=]( auto& state ) {
+            function( state, args... );
+         } )->UseRealTime();
+      };
+      add( "bare ping-pong", pingPong, placed );
+      add( "read a register", readRegister, server, placed );
+      add( "batch of 1 read", batch, server, placed, 1 );
+      add( "batch of 64 reads", batch, server, placed, 64 );
+   }
    for ( auto count : { 1, clients } ) {
       benchmark::RegisterBenchmark( fmt::format( "clients at once/{}", count ).c_str(),
          [=]( auto& state ) { atOnce( state, count, transactionsOf( smoke ) ); } )
@@ -96,15 +117,19 @@ void registerStackBenchmarks( bool smoke ) {
 
 std::vector<Row> stackRows( bool smoke, const Times& times ) {
    std::vector<Row> rows;
-   auto add = [&]( const char* label, const char* name, const char* baseline, auto figure,
-                 std::optional<double> wanted ) {
+   auto add = [&]( const std::string& label, const std::string& name, const std::string& baseline,
+                 auto figure, std::optional<double> wanted ) {
       if ( times.has( name ) && times.has( baseline ) ) {
          rows.push_back( { label, figure( times.wall( name ) ), figure( times.wall( baseline ) ), wanted } );
       }
    };
    auto rate = [=]( double time ) { return perSecond( transactionsOf( smoke ) / time ); };
-   add( "read a register, to a bare ping-pong", "read a register", "bare ping-pong", inSeconds, 1.25 );
-   add( "batch of 64 reads, to a batch of 1", "batch of 64 reads", "batch of 1 read", inSeconds, 2 );
+   for ( auto& place : places ) {
+      auto on = [&]( const char* name ) { return fmt::format( "{} {}", name, place.name ); };
+      add( on( "register, to bare ping-pong," ), on( "read a register" ), on( "bare ping-pong" ), inSeconds,
+         1.25 );
+      add( on( "64 reads, to 1 read," ), on( "batch of 64 reads" ), on( "batch of 1 read" ), inSeconds, 2 );
+   }
    add( "transactions of 8 clients, to those of 1", "clients at once/8", "clients at once/1", rate, {} );
    return rows;
 }

@@ -5,8 +5,10 @@
 
 #include <vector>
 
+#include <sys/types.h>
+
 /** Registers what is measured from the library through the server to the sensor and back, in wall time. */
-void registerStackBenchmarks( bool smoke );
+void registerStackBenchmarks( pid_t server, bool smoke );
 std::vector<Row> stackRows( bool smoke, const Times& times );
 
 #endif

@@ -18,7 +18,7 @@ int main( int argc, char** argv ) {
    describeBoard( board.path() );
    Server server( board.path() );
    auto devices = smoke ? 10 : 1000;
-   registerStackBenchmarks( smoke );
+   registerStackBenchmarks( server.process(), smoke );
    registerCreationBenchmarks( devices, smoke );
    Times times;
    auto good = runBenchmarks( argc, argv, Order::Random, times );
