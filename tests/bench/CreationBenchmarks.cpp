@@ -45,8 +45,10 @@ bool walk( uint32_t did ) {
    Ham::QuillonSmbusDriverVisitor path;
    path.args = &args;
    Topology::_topology->accept( &path );
-   std::unique_ptr<Ham::QuillonSmbusHam> ham( path.ham );
-   return search.found && ham;
+   // A Ham stays for good.
+   static auto& hams = *new std::vector<Ham::QuillonSmbusHam*>;
+   hams.push_back( path.ham );
+   return search.found && path.ham;
 }
 
 void walkToDevices( benchmark::State& state, int devices ) {
