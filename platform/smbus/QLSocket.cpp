@@ -56,12 +56,11 @@ bool isIdle( int fd ) {
    return recv( fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT ) < 0 && errno == EAGAIN;
 }
 
-/** Until the socket takes more. */
-int waitForRoom( int fd, Clock::time_point deadline ) {
+int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
    using std::chrono::milliseconds;
    for ( ;; ) {
       auto left = std::max( std::chrono::ceil<milliseconds>( deadline - Clock::now() ), milliseconds( 0 ) );
-      pollfd entry { fd, POLLOUT, 0 };
+      pollfd entry { fd, events, 0 };
       auto ready = poll( &entry, 1, static_cast<int>( left.count() ) );
       if ( ready > 0 ) {
          return 0;
@@ -81,7 +80,7 @@ int sendAll( int fd, std::string_view bytes, Clock::time_point deadline ) {
       if ( sent > 0 ) {
          bytes.remove_prefix( static_cast<size_t>( sent ) );
       } else if ( errno == EAGAIN ) {
-         if ( auto error = waitForRoom( fd, deadline ) ) {
+         if ( auto error = waitUntilReady( fd, POLLOUT, deadline ) ) {
             return error;
          }
       } else if ( errno != EINTR ) {
@@ -215,11 +214,13 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_vi
 
 int QLSocket::receiveFrame( size_t& received, Deadline deadline ) {
    received = 0;
-   for ( auto size = headSize; received < size; ) {
-      if ( auto error = limitReceive( deadline ) ) {
+   auto flags = mayBlock( deadline ) ? 0 : MSG_DONTWAIT;
+   for ( auto size = headSize; received < size; flags = MSG_DONTWAIT ) {
+      auto error = flags == 0 ? 0 : waitUntilReady( fd_, POLLIN, deadline );
+      if ( error ) {
          return error;
       }
-      auto count = recv( fd_, buffer_.data() + received, buffer_.size() - received, 0 );
+      auto count = recv( fd_, buffer_.data() + received, buffer_.size() - received, flags );
       if ( count == 0 ) {
          return ECONNRESET;
       }
@@ -236,17 +237,18 @@ int QLSocket::receiveFrame( size_t& received, Deadline deadline ) {
    return 0;
 }
 
-int QLSocket::limitReceive( Deadline deadline ) {
+bool QLSocket::mayBlock( Deadline deadline ) {
    using std::chrono::milliseconds;
-   auto left = std::chrono::ceil<milliseconds>( deadline - Clock::now() );
-   if ( left <= left.zero() ) {
-      return ETIMEDOUT;
+   // The kernel keeps to a socket's limit by its coarse timers, which are late by a tick and up to an eighth.
+   constexpr milliseconds least( 20 );
+   auto limit = std::chrono::ceil<milliseconds>( deadline - Clock::now() ) / 2;
+   if ( limit < least ) {
+      return false;
    }
-   if ( left == receiveLimit_ ) {
-      return 0;
+   if ( limit != receiveLimit_ && setLimit( fd_, SO_RCVTIMEO, limit ) == 0 ) {
+      receiveLimit_ = limit;
    }
-   receiveLimit_ = left;
-   return setLimit( fd_, SO_RCVTIMEO, left );
+   return limit == receiveLimit_;
 }
 
 int QLSocket::fail( int error ) {

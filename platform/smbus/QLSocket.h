@@ -68,8 +68,9 @@ private:
    int exchange( const Smbus::TransactionRequest& request, std::string_view& reply );
    // Receives what there is, a whole frame at least, to the buffer's start.
    int receiveFrame( size_t& received, Deadline deadline );
-   // Has a receive block no longer than is left.
-   int limitReceive( Deadline deadline );
+   // Whether the first receive may do its own waiting, which saves a system call, and is over well before the
+   // deadline.
+   bool mayBlock( Deadline deadline );
 
    // Drops the connection and sets errno. Returns -1.
    int fail( int error );

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -23,19 +24,18 @@ using std::chrono::milliseconds;
 using Connection = SocketServer::Connection;
 
 // In front of the C library's: under VirtualTime nothing ever comes, and that takes no time.
-extern "C" int setsockopt( int fd, int level, int option, const void* value, socklen_t size ) {
-   if ( VirtualTime::current && option == SO_RCVTIMEO ) {
-      auto& limit = *static_cast<const timeval*>( value );
-      VirtualTime::current->waits.push_back( std::chrono::seconds( limit.tv_sec ) + limit.tv_usec * 1us );
+extern "C" int poll( pollfd* entries, nfds_t count, int timeout ) {
+   if ( VirtualTime::current ) {
+      VirtualTime::current->waits.push_back( milliseconds( timeout ) );
+      return 0;
    }
-   auto next = reinterpret_cast<decltype( &setsockopt )>( dlsym( RTLD_NEXT, "setsockopt" ) );
-   return next( fd, level, option, value, size );
+   auto next = reinterpret_cast<decltype( &poll )>( dlsym( RTLD_NEXT, "poll" ) );
+   return next( entries, count, timeout );
 }
 
 extern "C" ssize_t recv( int fd, void* bytes, size_t size, int flags ) {
    // The servers of the tests have threads of their own.
    if ( VirtualTime::current && gettid() == getpid() && !( flags & MSG_DONTWAIT ) ) {
-      VirtualTime::current->advance( VirtualTime::current->waits.back() );
       errno = EAGAIN;
       return -1;
    }
