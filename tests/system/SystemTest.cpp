@@ -28,7 +28,7 @@ SystemTest::~SystemTest() { fs::remove_all( folder ); }
 namespace {
 
 Process::Arguments commandOf( Process::Arguments arguments ) {
-   arguments.insert( arguments.begin(), QUILLONCTL );
+   arguments.emplace( arguments.begin(), QUILLONCTL );
    return arguments;
 }
 

@@ -10,6 +10,13 @@ using namespace Smbusd;
 
 namespace {
 
+/** A line of so many characters, and its end. */
+std::string lineOf( size_t length ) {
+   std::string line( length + 1, 'x' );
+   line.back() = '\n';
+   return line;
+}
+
 /** Somebody at the bench of a board with one sensor, "inlet". */
 class SmbusdControlClient : public testing::Test {
 protected:
@@ -67,12 +74,12 @@ TEST_F( SmbusdControlClient, GetsAReasonForALineThatIsNoCommand ) {
 }
 
 TEST_F( SmbusdControlClient, MaySendALineOfTheLongestLength ) {
-   EXPECT_EQ( ask( std::string( ControlClient::maxLine, 'x' ) + "\n" ).substr( 0, 6 ), "error " );
+   EXPECT_EQ( ask( lineOf( ControlClient::maxLine ) ).substr( 0, 6 ), "error " );
    EXPECT_FALSE( ended );
 }
 
 TEST_F( SmbusdControlClient, IsDroppedForALineThatIsTooLong ) {
-   ask( std::string( ControlClient::maxLine + 1, 'x' ) + "\n" );
+   ask( lineOf( ControlClient::maxLine + 1 ) );
    EXPECT_TRUE( ended );
 }
 

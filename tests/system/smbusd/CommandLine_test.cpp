@@ -10,7 +10,7 @@ const Process::Environment plain { { "JOURNAL_STREAM", std::nullopt },
    { "QUILLON_SMBUS_SOCKET", std::nullopt } };
 
 Result run( Process::Arguments arguments, const Process::Environment& environment = plain ) {
-   arguments.insert( arguments.begin(), QUILLON_SMBUSD );
+   arguments.emplace( arguments.begin(), QUILLON_SMBUSD );
    return Process( arguments, environment ).wait();
 }
 
