@@ -4,6 +4,7 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -11,6 +12,8 @@
 namespace Smbusd {
 
 namespace {
+
+constexpr short incoming = POLLIN | POLLRDHUP;
 
 /** Who is at the other end, for the log. */
 std::string describePeer( int fd ) {
@@ -27,7 +30,7 @@ std::string describePeer( int fd ) {
 Connection::Connection( EventLoop& loop, Descriptor descriptor )
    : loop_( loop )
    , descriptor_( std::move( descriptor ) )
-   , slot_( loop.watch( descriptor_.get(), POLLIN, *this ) )
+   , slot_( loop.watchChanges( descriptor_.get(), incoming, *this ) )
    , peer_( describePeer( descriptor_.get() ) ) {
    Log::debug( "{}: connected", peer_ );
 }
@@ -43,20 +46,25 @@ void Connection::ready( short events ) {
       send();
       takeMessages();
    } else if ( events & POLLIN ) {
-      receive();
+      receive( events & ( POLLRDHUP | POLLHUP ) );
       takeMessages();
    } else {
       close();
    }
 }
 
-void Connection::receive() {
+void Connection::receive( bool peerEnded ) {
    auto room = input_.room();
-   auto count = recv( descriptor_.get(), room.data(), room.size(), MSG_DONTWAIT );
-   if ( count > 0 ) {
-      input_.add( static_cast<size_t>( count ) );
-   } else if ( count == 0 || ( errno != EAGAIN && errno != EINTR ) ) {
+   auto count = TEMP_FAILURE_RETRY( recv( descriptor_.get(), room.data(), room.size(), MSG_DONTWAIT ) );
+   if ( count == 0 || ( count < 0 && errno != EAGAIN ) ) {
       close();
+      return;
+   }
+   auto received = static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
+   input_.add( received );
+   // A stream that had less than there was room for is empty but for its end.
+   if ( received == room.size() || peerEnded ) {
+      loop_.again( slot_ );
    }
 }
 
@@ -108,7 +116,7 @@ void Connection::updateEvents() {
    if ( !descriptor_ ) {
       return;
    }
-   auto events = !output.empty() ? POLLOUT : working_ ? 0 : POLLIN;
+   auto events = !output.empty() ? POLLOUT : working_ ? 0 : incoming;
    loop_.want( slot_, static_cast<short>( events ) );
 }
 

@@ -50,7 +50,7 @@ protected:
 
 private:
    void ready( short events ) override;
-   void receive();
+   void receive( bool peerEnded );
    void takeMessages();
    void send();
    void updateEvents();

@@ -30,16 +30,26 @@ EventLoop::EventLoop()
 }
 
 EventLoop::Slot EventLoop::watch( int fd, short events, Watcher& watcher ) {
+   return add( fd, events, 0, watcher );
+}
+
+EventLoop::Slot EventLoop::watchChanges( int fd, short events, Watcher& watcher ) {
+   return add( fd, events, EPOLLET, watcher );
+}
+
+EventLoop::Slot EventLoop::add( int fd, short events, uint32_t mode, Watcher& watcher ) {
    if ( freeSlots_.empty() ) {
       freeSlots_.push_back( static_cast<Slot>( watches_.size() ) );
       watches_.emplace_back();
    }
    auto slot = freeSlots_.back();
-   watches_[slot] = { fd, events, watches_[slot].turn + 1, &watcher };
+   watches_[slot] = { fd, events, mode, watches_[slot].turn + 1, &watcher };
    control( EPOLL_CTL_ADD, slot );
    freeSlots_.pop_back();
    return slot;
 }
+
+void EventLoop::again( Slot slot ) { control( EPOLL_CTL_MOD, slot ); }
 
 void EventLoop::want( Slot slot, short events ) {
    if ( watches_[slot].events != events ) {
@@ -57,7 +67,7 @@ void EventLoop::unwatch( Slot slot ) {
 void EventLoop::control( int operation, Slot slot ) {
    auto& watch = watches_[slot];
    epoll_event event {};
-   event.events = static_cast<uint16_t>( watch.events );
+   event.events = static_cast<uint16_t>( watch.events ) | watch.mode;
    event.data.u64 = uint64_t { watch.turn } << 32 | slot;
    if ( epoll_ctl( epoll_.get(), operation, watch.fd, &event ) < 0 ) {
       fail();

@@ -46,6 +46,15 @@ public:
     */
    Slot watch( int fd, short events, Watcher& watcher );
 
+   /**
+    * The same, but an event is told once, until more comes, or until `again` or a change of what is wanted. The
+    * kernel need not look at the descriptor anew with each wait.
+    */
+   Slot watchChanges( int fd, short events, Watcher& watcher );
+
+   /** Has the events that the descriptor still has told once more. */
+   void again( Slot slot );
+
    void want( Slot slot, short events );
 
    void unwatch( Slot slot );
@@ -70,11 +79,14 @@ private:
    struct Watch {
       int fd = -1;
       short events = 0;
+      /** EPOLLET, or 0. */
+      uint32_t mode = 0;
       /** How often the slot has been taken: what was ready for an earlier one is not for this one. */
       uint32_t turn = 0;
       Watcher* watcher = nullptr;
    };
 
+   Slot add( int fd, short events, uint32_t mode, Watcher& watcher );
    void control( int operation, Slot slot );
    size_t wait( Ready& ready );
    void dispatch( const epoll_event& event );

@@ -219,6 +219,31 @@ TEST_F( SmbusdClient, ThatHasEndedItsSideStillGetsItsAnswer ) {
    EXPECT_TRUE( ended );
 }
 
+TEST_F( SmbusdClient, ThatEndsItsSideRightBehindItsFrameIsDroppedAfterItsAnswer ) {
+   send( framed( reading( 2 ) ) );
+   shutdown( peer.get(), SHUT_WR );
+   EXPECT_EQ( received(), answerOfTwo );
+   settle();
+   EXPECT_TRUE( ended );
+}
+
+TEST_F( SmbusdClient, MaySendAsMuchAsThereIsRoomFor ) {
+   auto frame = framed( reading( 2 ) );
+   std::vector<uint8_t> frames;
+   std::vector<uint8_t> answers;
+   auto add = [&] {
+      frames.insert( frames.end(), frame.begin(), frame.end() );
+      answers.insert( answers.end(), answerOfTwo.begin(), answerOfTwo.end() );
+   };
+   while ( frames.size() < InputBuffer::usualSize ) {
+      add();
+   }
+   auto behind = frames.size() - InputBuffer::usualSize;
+   EXPECT_GT( behind, 0U ) << "the last frame is to be cut";
+   send( frames );
+   EXPECT_EQ( receive( answers.size() ), answers );
+}
+
 TEST_F( SmbusdClient, ThatReadsSlowlyGetsTheWholeAnswer ) {
    Smbus::TransactionRequest message;
    for ( int i = 0; i < 120; ++i ) {

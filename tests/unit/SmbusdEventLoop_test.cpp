@@ -19,12 +19,14 @@ namespace {
 /** The two ends of a connection, and what the loop says of the first. */
 class Pair final : public EventLoop::Watcher {
 public:
-   explicit Pair( EventLoop& loop, short events = POLLIN ) {
+   using Watch = EventLoop::Slot ( EventLoop::* )( int, short, EventLoop::Watcher& );
+
+   explicit Pair( EventLoop& loop, short events = POLLIN, Watch watch = &EventLoop::watch ) {
       int fds[2];
       EXPECT_EQ( socketpair( AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds ), 0 );
       watched = Descriptor( fds[0] );
       other = Descriptor( fds[1] );
-      slot = loop.watch( fds[0], events, *this );
+      slot = ( loop.*watch )( fds[0], events, *this );
    }
 
    void ready( short events ) override {
@@ -69,6 +71,43 @@ TEST( SmbusdEventLoop, KeepsSilentAboutWhatIsNotWanted ) {
    loop.after( 1ms, [] {} );
    loop.runOnce();
    EXPECT_TRUE( pair.seen.empty() );
+}
+
+TEST( SmbusdEventLoop, TellsAgainWhatADescriptorStillHas ) {
+   EventLoop loop;
+   Pair pair( loop );
+   pair.poke();
+   loop.runOnce();
+   loop.runOnce();
+   EXPECT_THAT( pair.seen, ElementsAre( POLLIN, POLLIN ) );
+}
+
+TEST( SmbusdEventLoop, TellsChangesOnce ) {
+   EventLoop loop;
+   Pair pair( loop, POLLIN, &EventLoop::watchChanges );
+   auto wait = [&] {
+      loop.after( 1ms, [] {} );
+      loop.runOnce();
+   };
+   pair.poke();
+   wait();
+   wait();
+   EXPECT_THAT( pair.seen, ElementsAre( POLLIN ) );
+   pair.poke();
+   wait();
+   EXPECT_THAT( pair.seen, ElementsAre( POLLIN, POLLIN ) ) << "more has come";
+   loop.again( pair.slot );
+   wait();
+   wait();
+   EXPECT_THAT( pair.seen, ElementsAre( POLLIN, POLLIN, POLLIN ) ) << "it was asked for";
+   loop.want( pair.slot, 0 );
+   loop.want( pair.slot, POLLIN );
+   wait();
+   wait();
+   EXPECT_THAT( pair.seen, ElementsAre( POLLIN, POLLIN, POLLIN, POLLIN ) ) << "it is wanted anew";
+   pair.other = Descriptor();
+   wait();
+   EXPECT_EQ( pair.seen.back(), POLLIN | POLLHUP );
 }
 
 TEST( SmbusdEventLoop, ForgetsADescriptorThatIsNotWatchedAnyMore ) {
