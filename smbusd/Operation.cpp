@@ -137,7 +137,7 @@ void layOut( const Operation& operation, std::vector<I2c::Message>& messages ) {
 
 void takeResult( Operation& operation, std::span<I2c::Message> messages ) {
    if ( messages.back().kind != I2c::Message::Kind::Write ) {
-      operation.result = std::move( messages.back().bytes );
+      operation.result.swap( messages.back().bytes );
    }
 }
 

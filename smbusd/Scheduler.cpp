@@ -8,9 +8,11 @@ namespace Smbusd {
 // The copy keeps a job that stands in no queue: its end may be where its owner lets it go.
 void Scheduler::run( std::shared_ptr<Job> job ) {
    // It enters all its queues at once, so that no two transactions can wait for each other.
+   job->queues_.clear();
    job->ahead_ = 0;
    for ( auto bus : job->transaction.busses() ) {
       auto& queue = queues_[bus];
+      job->queues_.push_back( &queue );
       queue.push_back( job );
       job->ahead_ += queue.size() > 1;
    }
@@ -24,12 +26,11 @@ void Scheduler::abandon( const std::shared_ptr<Job>& job ) {
    if ( job->ahead_ == 0 ) {
       return;
    }
-   for ( auto bus : job->transaction.busses() ) {
-      auto& queue = queues_[bus];
-      bool wasFirst = queue.front() == job;
-      queue.erase( std::ranges::find( queue, job ) );
+   for ( auto queue : job->queues_ ) {
+      bool wasFirst = queue->front() == job;
+      queue->erase( std::ranges::find( *queue, job ) );
       if ( wasFirst ) {
-         moveUp( queue );
+         moveUp( *queue );
       }
    }
    job->ahead_ = 0;
@@ -42,16 +43,15 @@ void Scheduler::start( Job& job ) {
 void Scheduler::finish( Job& job ) {
    // The queues may be the last that have it.
    std::shared_ptr<Job> last;
-   for ( auto bus : job.transaction.busses() ) {
-      auto& queue = queues_[bus];
-      last = std::move( queue.front() );
-      queue.pop_front();
-      moveUp( queue );
+   for ( auto queue : job.queues_ ) {
+      last = std::move( queue->front() );
+      queue->pop_front();
+      moveUp( *queue );
    }
    job.done();
 }
 
-void Scheduler::moveUp( const Queue& queue ) {
+void Scheduler::moveUp( const Job::Queue& queue ) {
    if ( !queue.empty() && --queue.front()->ahead_ == 0 ) {
       loop_.post( [this, next = queue.front()] { start( *next ); } );
    }

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <unordered_map>
+#include <vector>
 
 namespace Smbusd {
 
@@ -29,8 +30,10 @@ public:
 
    private:
       friend Scheduler;
+      using Queue = std::deque<std::shared_ptr<Job>>;
 
-      /** In how many queues others stand ahead of it. */
+      /** Those that it stands in, and in how many others are ahead of it. */
+      std::vector<Queue*> queues_;
       size_t ahead_ = 0;
    };
 
@@ -43,16 +46,14 @@ public:
    void abandon( const std::shared_ptr<Job>& job );
 
 private:
-   using Queue = std::deque<std::shared_ptr<Job>>;
-
    void start( Job& job );
    void finish( Job& job );
    /** The queue has lost its first. */
-   void moveUp( const Queue& queue );
+   void moveUp( const Job::Queue& queue );
 
    EventLoop& loop_;
-   /** The first of a queue has the bus. */
-   std::unordered_map<Bus*, Queue> queues_;
+   /** The first of a queue has the bus. A queue stays where it is. */
+   std::unordered_map<Bus*, Job::Queue> queues_;
 };
 
 } // namespace Smbusd

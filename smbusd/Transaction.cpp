@@ -70,21 +70,23 @@ void Transaction::run( EventLoop& loop, std::function<void()> done ) {
 
 namespace {
 
-/** So long requests run before other clients get their turn; the clock is looked at after every few. */
+/** So long after the loop's last wait requests run before others get their turn; the clock is looked at after
+ * every few. */
 constexpr std::chrono::milliseconds turn { 1 };
 constexpr size_t requestsBetweenLooks = 8;
 
 } // namespace
 
 void Transaction::proceed() {
-   auto end = std::chrono::steady_clock::now() + turn;
+   auto end = loop_->now() + turn;
    for ( size_t run = 0; current_ < steps_.size(); ++run ) {
-      if ( run % requestsBetweenLooks == requestsBetweenLooks - 1 &&
-           std::chrono::steady_clock::now() > end ) {
+      if ( run % requestsBetweenLooks == requestsBetweenLooks - 1 && EventLoop::Clock::now() > end ) {
          loop_->post( [this] { proceed(); } );
          return;
       }
       auto& step = steps_[current_];
+      spare_.clear();
+      spare_.swap( step.operation.result );
       auto outcome = step.bus->transfer( step.operation, [this]( const Outcome& late ) {
          settle( late );
          proceed();
@@ -114,6 +116,7 @@ void Transaction::settle( const Outcome& outcome ) {
    auto& [bus, operation] = steps_[current_];
    if ( outcome.result == I2c::Result::Ok ) {
       response_.add_response()->mutable_data()->assign( operation.result.begin(), operation.result.end() );
+      spare_.swap( operation.result );
       ++current_;
       failures_ = 0;
    } else if ( ++failures_ > retriesOf( request_ ) ) {

@@ -54,6 +54,8 @@ private:
    Smbus::TransactionResponse response_;
    std::vector<Step> steps_;
    std::vector<Bus*> busses_;
+   /** The memory of one operation's result, for the next. */
+   std::vector<uint8_t> spare_;
 
    EventLoop* loop_ = nullptr;
    std::function<void()> done_;
