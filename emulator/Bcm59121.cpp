@@ -44,17 +44,11 @@ bool Bcm59121::write( std::span<const uint8_t> bytes ) {
    return answer.isAcknowledged;
 }
 
-std::vector<uint8_t> Bcm59121::read( size_t count ) {
-   std::vector<uint8_t> bytes( count, 0xFF );
-   if ( busy_ > busy_.zero() ) {
-      return bytes;
-   }
+void Bcm59121::read( std::span<uint8_t> bytes ) {
+   bool isBusy = busy_ > busy_.zero();
    for ( auto& byte : bytes ) {
-      if ( position_ < reply_.size() ) {
-         byte = reply_[position_++];
-      }
+      byte = isBusy || position_ == reply_.size() ? 0xFF : reply_[position_++];
    }
-   return bytes;
 }
 
 void Bcm59121::advance( std::chrono::nanoseconds elapsed ) {

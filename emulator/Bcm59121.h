@@ -41,7 +41,7 @@ public:
    void start() override { position_ = 0; }
 
    bool write( std::span<const uint8_t> bytes ) override;
-   std::vector<uint8_t> read( size_t count ) override;
+   void read( std::span<uint8_t> bytes ) override;
    void advance( std::chrono::nanoseconds elapsed ) override;
 
    void reset() override;

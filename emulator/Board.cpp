@@ -141,29 +141,30 @@ private:
       case I2c::Message::Kind::Write:
          return chip_.write( message.bytes ) ? I2c::Result::Ok : I2c::Result::NoAcknowledge;
       case I2c::Message::Kind::Read:
-         message.bytes = read( message.length );
+         read( message, message.length );
          return I2c::Result::Ok;
       case I2c::Message::Kind::ReadBlock:
          break;
       }
-      size_t count = read( 1 )[0];
+      read( message, 1 );
+      size_t count = message.bytes[0];
       if ( count < 1 || count > I2c::maxBlock ) {
+         message.bytes.clear();
          return I2c::Result::BadBlock;
       }
-      message.bytes = read( count );
+      read( message, count );
       return I2c::Result::Ok;
    }
 
-   std::vector<uint8_t> read( size_t count ) {
-      auto bytes = chip_.read( count );
-      assert( bytes.size() == count );
-      if ( !bytes.empty() && !hasRead_ ) {
+   void read( I2c::Message& message, size_t count ) {
+      message.bytes.resize( count );
+      chip_.read( message.bytes );
+      if ( count > 0 && !hasRead_ ) {
          hasRead_ = true;
          if ( faults_.take( Fault::Kind::Corrupt, place_.bus, place_.address ) ) {
-            bytes.front() ^= corruptBit;
+            message.bytes.front() ^= corruptBit;
          }
       }
-      return bytes;
    }
 
    void spoilLast( std::span<I2c::Message> messages ) {

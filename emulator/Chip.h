@@ -34,10 +34,10 @@ public:
    /** One write message. @return false when the chip does not acknowledge one of the bytes */
    virtual bool write( std::span<const uint8_t> bytes ) = 0;
    /**
-    * The next `count` bytes of a read message. One message may be read in several steps: only start() begins
+    * Fills in the next bytes of a read message. One message may be read in several steps: only start() begins
     * another. A chip can't refuse a read: behind its last byte nobody drives the line, which reads as 0xff.
     */
-   virtual std::vector<uint8_t> read( size_t count ) = 0;
+   virtual void read( std::span<uint8_t> bytes ) = 0;
 
    /** A stop condition: what a model starts when a transfer has ended, also when it has ended early. */
    virtual void stop() {}

@@ -31,7 +31,7 @@ public:
    void start() override;
    bool write( std::span<const uint8_t> bytes ) override;
 
-   std::vector<uint8_t> read( size_t count ) override { return registers_.read( count ); }
+   void read( std::span<uint8_t> bytes ) override { registers_.read( bytes ); }
 
    void advance( std::chrono::nanoseconds elapsed ) override;
    void reset() override;

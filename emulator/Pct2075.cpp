@@ -55,12 +55,12 @@ Pct2075::Pct2075() : registers_( RegisterFile::Pointer::Stays, table ) {
    convert();
 }
 
-std::vector<uint8_t> Pct2075::read( size_t count ) {
+void Pct2075::read( std::span<uint8_t> bytes ) {
    // In interrupt mode OS stays active until any register is read.
    if ( configured( confInterrupt ) ) {
       os_ = false;
    }
-   return registers_.read( count );
+   registers_.read( bytes );
 }
 
 void Pct2075::reset() {

@@ -27,7 +27,7 @@ public:
 
    bool write( std::span<const uint8_t> bytes ) override { return registers_.write( bytes ); }
 
-   std::vector<uint8_t> read( size_t count ) override;
+   void read( std::span<uint8_t> bytes ) override;
 
    void stop() override { convert(); }
 

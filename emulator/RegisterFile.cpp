@@ -22,10 +22,8 @@ bool RegisterFile::write( std::span<const uint8_t> bytes ) {
    return std::ranges::all_of( bytes.subspan( 1 ), [this]( uint8_t byte ) { return put( byte ); } );
 }
 
-std::vector<uint8_t> RegisterFile::read( size_t count ) {
-   std::vector<uint8_t> bytes( count );
+void RegisterFile::read( std::span<uint8_t> bytes ) {
    std::ranges::generate( bytes, [this] { return next(); } );
-   return bytes;
 }
 
 void RegisterFile::reset() {

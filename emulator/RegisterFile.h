@@ -42,7 +42,7 @@ public:
    void start() { byte_ = 0; }
 
    bool write( std::span<const uint8_t> bytes );
-   std::vector<uint8_t> read( size_t count );
+   void read( std::span<uint8_t> bytes );
    /** All registers and the pointer as at power-on. The pointer is then at register 0. */
    void reset();
 

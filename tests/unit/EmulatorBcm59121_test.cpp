@@ -307,8 +307,8 @@ TEST_F( EmulatorBcm59121, KeepsAReplyUntilTheNextRequest ) {
 TEST_F( EmulatorBcm59121, GivesAReplyInPartsWithinOneMessageAndNothingBehindIt ) {
    chip.ask( statusOfPort5 );
    chip.start();
-   EXPECT_EQ( textOf( chip.read( 3 ) ), "21 FF 05" );
-   EXPECT_EQ( textOf( chip.read( 11 ) ), "00 00 00 00 00 00 00 00 25 FF FF" );
+   EXPECT_EQ( textOf( readNext( chip, 3 ) ), "21 FF 05" );
+   EXPECT_EQ( textOf( readNext( chip, 11 ) ), "00 00 00 00 00 00 00 00 25 FF FF" );
 }
 
 TEST_F( EmulatorBcm59121, CountsTemperaturesDownwards ) {

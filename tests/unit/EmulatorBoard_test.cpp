@@ -34,16 +34,15 @@ public:
       return acknowledges;
    }
 
-   Bytes read( size_t count ) override {
-      events.push_back( fmt::format( "read {}", count ) );
-      Bytes bytes( count, 0xFF );
+   void read( std::span<uint8_t> bytes ) override {
+      events.push_back( fmt::format( "read {}", bytes.size() ) );
+      std::ranges::fill( bytes, 0xFF );
       for ( auto& byte : bytes ) {
          if ( !answers.empty() ) {
             byte = answers.front();
             answers.pop_front();
          }
       }
-      return bytes;
    }
 
    void stop() override { events.push_back( "stop" ); }

@@ -27,10 +27,17 @@ inline bool sendTo( Chip& chip, const Bytes& bytes ) {
    return acknowledged;
 }
 
+/** The next bytes of a chip's read message, or of a register file's. */
+inline Bytes readNext( auto& source, size_t count ) {
+   Bytes bytes( count );
+   source.read( bytes );
+   return bytes;
+}
+
 /** A transfer of one read message. */
 inline Bytes receiveFrom( Chip& chip, size_t count ) {
    chip.start();
-   auto bytes = chip.read( count );
+   auto bytes = readNext( chip, count );
    chip.stop();
    return bytes;
 }

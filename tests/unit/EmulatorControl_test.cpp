@@ -24,7 +24,7 @@ public:
 
    bool write( std::span<const uint8_t> ) override { return true; }
 
-   Bytes read( size_t count ) override { return Bytes( count, 0xFF ); }
+   void read( std::span<uint8_t> bytes ) override { std::ranges::fill( bytes, 0xFF ); }
 
    void reset() override {}
 

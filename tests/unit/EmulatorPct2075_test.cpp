@@ -118,7 +118,7 @@ TEST_F( EmulatorPct2075, AcknowledgesAndIgnoresAWriteToTemp ) {
    chip.start();
    EXPECT_TRUE( chip.write( Bytes { 0x00, 0x7F, 0xE0 } ) );
    chip.start();
-   EXPECT_EQ( chip.read( 2 ), ( Bytes { 0x18, 0x80 } ) );
+   EXPECT_EQ( readNext( chip, 2 ), ( Bytes { 0x18, 0x80 } ) );
 }
 
 TEST_F( EmulatorPct2075, DoesNotAcknowledgeAPointerBehindTidle ) {
