@@ -1,5 +1,6 @@
 #include "QLSocket.h"
 
+#include "Deadline.h"
 #include "smbus.pb.h"
 
 #include <algorithm>
@@ -19,8 +20,6 @@
 #include <unistd.h>
 
 namespace QuillonLibrary {
-
-using Clock = std::chrono::steady_clock;
 
 // The functions below return 0 or an error number.
 namespace {
@@ -56,10 +55,9 @@ bool isIdle( int fd ) {
    return recv( fd, &byte, 1, MSG_PEEK | MSG_DONTWAIT ) < 0 && errno == EAGAIN;
 }
 
-int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
-   using std::chrono::milliseconds;
+int waitUntilReady( int fd, short events, Deadline& deadline ) {
    for ( ;; ) {
-      auto left = std::max( std::chrono::ceil<milliseconds>( deadline - Clock::now() ), milliseconds( 0 ) );
+      auto left = deadline.left<std::chrono::milliseconds>();
       pollfd entry { fd, events, 0 };
       auto ready = poll( &entry, 1, static_cast<int>( left.count() ) );
       if ( ready > 0 ) {
@@ -74,7 +72,7 @@ int waitUntilReady( int fd, short events, Clock::time_point deadline ) {
    }
 }
 
-int sendAll( int fd, std::string_view bytes, Clock::time_point deadline ) {
+int sendAll( int fd, std::string_view bytes, Deadline& deadline ) {
    while ( !bytes.empty() ) {
       auto sent = send( fd, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL );
       if ( sent > 0 ) {
@@ -127,7 +125,8 @@ int QLSocket::setup() {
    if ( inSimulation() ) {
       return 0;
    }
-   auto error = connect( Clock::now() + timeLimit() );
+   Deadline deadline( timeLimit() );
+   auto error = connect( deadline );
    return error ? fail( error ) : 0;
 }
 
@@ -151,7 +150,7 @@ int QLSocket::sendRequestWait( Smbus::TransactionRequest* request, Smbus::Transa
    return 0;
 }
 
-int QLSocket::connect( Deadline deadline ) {
+int QLSocket::connect( Deadline& deadline ) {
    cleanup();
    auto path = serverPath();
    sockaddr_un address {};
@@ -169,8 +168,8 @@ int QLSocket::connect( Deadline deadline ) {
    // A non-blocking connect has nothing to poll for while the server's queue of clients is full; a blocking
    // one with a send timeout is woken as soon as there is room, and tells EAGAIN when the time is over.
    do {
-      auto left = std::chrono::ceil<std::chrono::microseconds>( deadline - Clock::now() );
-      if ( left <= left.zero() ) {
+      auto left = deadline.left<std::chrono::microseconds>();
+      if ( left == left.zero() ) {
          return ETIMEDOUT;
       }
       if ( auto error = setLimit( fd_, SO_SNDTIMEO, left ) ) {
@@ -190,7 +189,7 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_vi
    if ( request.ByteSizeLong() > maxPayload ) {
       return EMSGSIZE;
    }
-   auto deadline = Clock::now() + timeLimit();
+   Deadline deadline( timeLimit() );
    if ( fd_ < 0 || !isIdle( fd_ ) ) {
       if ( auto error = connect( deadline ) ) {
          return error;
@@ -212,7 +211,7 @@ int QLSocket::exchange( const Smbus::TransactionRequest& request, std::string_vi
    return 0;
 }
 
-int QLSocket::receiveFrame( size_t& received, Deadline deadline ) {
+int QLSocket::receiveFrame( size_t& received, Deadline& deadline ) {
    received = 0;
    auto flags = mayBlock( deadline ) ? 0 : MSG_DONTWAIT;
    for ( auto size = headSize; received < size; flags = MSG_DONTWAIT ) {
@@ -237,11 +236,11 @@ int QLSocket::receiveFrame( size_t& received, Deadline deadline ) {
    return 0;
 }
 
-bool QLSocket::mayBlock( Deadline deadline ) {
+bool QLSocket::mayBlock( Deadline& deadline ) {
    using std::chrono::milliseconds;
    // The kernel keeps to a socket's limit by its coarse timers, which are late by a tick and up to an eighth.
    constexpr milliseconds least( 20 );
-   auto limit = std::chrono::ceil<milliseconds>( deadline - Clock::now() ) / 2;
+   auto limit = deadline.left<milliseconds>() / 2;
    if ( limit < least ) {
       return false;
    }

@@ -2,6 +2,7 @@
 #define QL_SOCKET_H
 
 #include <chrono>
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,8 @@ class TransactionResponse;
 } // namespace Smbus
 
 namespace QuillonLibrary {
+
+class Deadline;
 
 /**
  * The connection of a process to the SMBus server: a Unix-domain stream socket. A frame is a 4-byte
@@ -60,17 +63,15 @@ public:
    int sendRequestWait( Smbus::TransactionRequest* request, Smbus::TransactionResponse** response );
 
 private:
-   using Deadline = std::chrono::steady_clock::time_point;
-
    // Both return 0 or an error number, and leave the connection to the caller when they fail. The reply is
    // the payload, in the buffer.
-   int connect( Deadline deadline );
+   int connect( Deadline& deadline );
    int exchange( const Smbus::TransactionRequest& request, std::string_view& reply );
    // Receives what there is, a whole frame at least, to the buffer's start.
-   int receiveFrame( size_t& received, Deadline deadline );
+   int receiveFrame( size_t& received, Deadline& deadline );
    // Whether the first receive may do its own waiting, which saves a system call, and is over well before the
    // deadline.
-   bool mayBlock( Deadline deadline );
+   bool mayBlock( Deadline& deadline );
 
    // Drops the connection and sets errno. Returns -1.
    int fail( int error );
