@@ -47,8 +47,8 @@ public:
    Slot watch( int fd, short events, Watcher& watcher );
 
    /**
-    * The same, but an event is told once, until more comes, or until `again` or a change of what is wanted. The
-    * kernel need not look at the descriptor anew with each wait.
+    * The same, but an event is told once, until more comes, or until `again` or a change of what is wanted.
+    * The kernel need not look at the descriptor anew with each wait.
     */
    Slot watchChanges( int fd, short events, Watcher& watcher );
 

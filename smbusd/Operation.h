@@ -52,7 +52,8 @@ Operation operationOf( const Smbus::Request& request );
 /** Makes the messages those of the operation on the bus. Messages that are used again keep their memory. */
 void layOut( const Operation& operation, std::vector<I2c::Message>& messages );
 
-/** Takes what has come in from messages that were carried out, and leaves them the operation's memory for it. */
+/** Takes what has come in from messages that were carried out, and leaves them the operation's memory for it.
+ */
 void takeResult( Operation& operation, std::span<I2c::Message> messages );
 
 /** The chip and the register, such as "0x48 reg 0x00"; a received byte has no register. */

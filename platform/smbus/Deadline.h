@@ -12,7 +12,7 @@ public:
    explicit Deadline( std::chrono::milliseconds limit ) : limit_( limit ) {}
 
    /** Rounded up to the unit asked for; never less than nothing. */
-   template<typename Unit>
+   template <typename Unit>
    Unit left() {
       auto now = std::chrono::steady_clock::now();
       if ( !end_ ) {
