@@ -6,17 +6,20 @@
 #include <rapidjson/error/en.h>
 
 #include <cassert>
+#include <string_view>
 
 namespace Topology {
 
-ql_status loadTopology( const char* text ) {
+ql_status loadTopology( const char* json ) {
+   // Its length is counted once: the text may have many megabytes.
+   std::string_view text = json;
    if ( _topology && _topology_json == text ) {
       ql_trace( 2, "topology is the same as the previously loaded one (using it)" );
       return QL_STATUS_OK;
    }
    ql_trace( 2, "loading topology json" );
    // The document's strings stay in the text, which they change.
-   std::string copy = text;
+   std::string copy( text );
    rapidjson::Document document;
    document.ParseInsitu( copy.data() );
    if ( document.HasParseError() ) {
