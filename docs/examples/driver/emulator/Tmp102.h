@@ -28,7 +28,7 @@ public:
 
    bool write( std::span<const uint8_t> bytes ) override { return registers_.write( bytes ); }
 
-   std::vector<uint8_t> read( size_t count ) override { return registers_.read( count ); }
+   void read( std::span<uint8_t> bytes ) override { registers_.read( bytes ); }
 
    void stop() override { convert(); }
 
