@@ -47,7 +47,7 @@ bool Bcm59121::write( std::span<const uint8_t> bytes ) {
 void Bcm59121::read( std::span<uint8_t> bytes ) {
    bool isBusy = busy_ > busy_.zero();
    for ( auto& byte : bytes ) {
-      byte = isBusy || position_ == reply_.size() ? 0xFF : reply_[position_++];
+      byte = isBusy || position_ >= reply_.size() ? 0xFF : reply_[position_++];
    }
 }
 

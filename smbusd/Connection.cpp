@@ -62,7 +62,8 @@ void Connection::receive( bool peerEnded ) {
    }
    auto received = static_cast<size_t>( std::max<ssize_t>( count, 0 ) );
    input_.add( received );
-   // A stream that had less than there was room for is empty but for its end.
+   // A stream that had less than there was room for has no more but its end. Descriptors end a receive early
+   // too, but who passes such to a bus holds up nobody but itself.
    if ( received == room.size() || peerEnded ) {
       loop_.again( slot_ );
    }

@@ -65,23 +65,22 @@ void Transaction::run( EventLoop& loop, std::function<void()> done ) {
    loop_ = &loop;
    done_ = std::move( done );
    response_.set_failed( false );
-   proceed();
+   proceed( loop.now() );
 }
 
 namespace {
 
-/** So long after the loop's last wait requests run before others get their turn; the clock is looked at after
- * every few. */
+/** So long requests run before other clients get their turn; the clock is looked at after every few. */
 constexpr std::chrono::milliseconds turn { 1 };
 constexpr size_t requestsBetweenLooks = 8;
 
 } // namespace
 
-void Transaction::proceed() {
-   auto end = loop_->now() + turn;
+void Transaction::proceed( EventLoop::Clock::time_point begin ) {
    for ( size_t run = 0; current_ < steps_.size(); ++run ) {
-      if ( run % requestsBetweenLooks == requestsBetweenLooks - 1 && EventLoop::Clock::now() > end ) {
-         loop_->post( [this] { proceed(); } );
+      if ( run % requestsBetweenLooks == requestsBetweenLooks - 1 &&
+           EventLoop::Clock::now() > begin + turn ) {
+         loop_->post( [this] { proceed( EventLoop::Clock::now() ); } );
          return;
       }
       auto& step = steps_[current_];
@@ -89,7 +88,7 @@ void Transaction::proceed() {
       spare_.swap( step.operation.result );
       auto outcome = step.bus->transfer( step.operation, [this]( const Outcome& late ) {
          settle( late );
-         proceed();
+         proceed( EventLoop::Clock::now() );
       } );
       if ( !outcome ) {
          return;

@@ -46,7 +46,7 @@ private:
    };
 
    void addStep( const Smbus::Request& request, Backend& backend );
-   void proceed();
+   void proceed( EventLoop::Clock::time_point begin );
    void settle( const Outcome& outcome );
    void fail( size_t step, std::string_view why );
 

@@ -228,7 +228,7 @@ extern std::string _topology_json;
  * from the lookups below die with the old tree.
  * @retval QL_STATUS_INVALID_ARGUMENT the text is no JSON; nothing has changed
  */
-ql_status loadTopology( const char* text );
+ql_status loadTopology( const char* json );
 
 /** The lookups give null on a miss, and say nothing. */
 Node* getNodeByLabel( const char* label );

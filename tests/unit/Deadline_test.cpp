@@ -19,6 +19,6 @@ TEST( Deadline, RoundsUp ) {
 
 TEST( Deadline, LeavesNothingWhenItIsOver ) {
    Deadline deadline( 0ms );
-   EXPECT_EQ( deadline.left<std::chrono::milliseconds>(), 0ms );
-   EXPECT_EQ( deadline.left<std::chrono::milliseconds>(), 0ms );
+   EXPECT_EQ( deadline.left<std::chrono::nanoseconds>(), 0ns );
+   EXPECT_EQ( deadline.left<std::chrono::nanoseconds>(), 0ns ) << "never less";
 }

@@ -58,12 +58,12 @@ class FakeBus : public Bus {
 public:
    explicit FakeBus( std::string name ) : name_( std::move( name ) ) {}
 
-   /** How the next operations end; Ok when it is empty. */
+   /** How the next operations end; Ok when it is empty. One that fails has got its bytes all the same. */
    std::deque<Outcome> outcomes;
    /** Holds operations back until `release`. */
    bool holding = false;
    /** What an operation costs the thread. */
-   std::chrono::milliseconds work {};
+   std::chrono::microseconds work {};
    /** The operations so far, as their chip and register. */
    std::vector<std::string> log;
 
@@ -86,17 +86,15 @@ public:
 private:
    Outcome carryOut( Operation& operation ) {
       std::this_thread::sleep_for( work );
-      if ( !outcomes.empty() ) {
-         auto outcome = outcomes.front();
-         outcomes.pop_front();
-         if ( outcome.result != I2c::Result::Ok ) {
-            return outcome;
-         }
-      }
       for ( size_t i = 0; i < operation.length; ++i ) {
          operation.result.push_back( static_cast<uint8_t>( i + 1 ) );
       }
-      return {};
+      if ( outcomes.empty() ) {
+         return {};
+      }
+      auto outcome = outcomes.front();
+      outcomes.pop_front();
+      return outcome;
    }
 
    const std::string name_;

@@ -241,6 +241,28 @@ TEST_F( SmbusdTransaction, LetsOthersInBetweenRequestsThatTakeLong ) {
    EXPECT_EQ( transaction.response().response_size(), 20 );
 }
 
+TEST_F( SmbusdTransaction, HasTurnsAsLongAsThoseOfOthers ) {
+   constexpr size_t few = 300, many = 10 * few;
+   for ( size_t i = 0; i < many; ++i ) {
+      addRead( 0x48 );
+   }
+   Transaction other;
+   ASSERT_TRUE( other.parse( serialised( message ) ) );
+   ASSERT_TRUE( other.plan( backend ) );
+   message.Clear();
+   for ( size_t i = 0; i < few; ++i ) {
+      addRead( 0x48, 5 );
+   }
+   // Some 60 µs with the kernel's slack, so that a turn has more requests than go between two looks at the
+   // clock.
+   bus.work = otherBus.work = std::chrono::microseconds( 1 );
+   bool otherEnded = false;
+   other.run( loop, [&] { otherEnded = true; } );
+   ASSERT_TRUE( start() );
+   EXPECT_FALSE( otherEnded );
+   EXPECT_LT( bus.log.size(), 2 * few );
+}
+
 TEST_F( SmbusdTransaction, TouchesNoBusWhenOneOfItsRequestsIsNone ) {
    addRead( 0x48 );
    addRequest( message, Smbus::WRITE, addressWord( 0x48, 3 ), 2, "\x07" );
